@@ -1,0 +1,255 @@
+/*
+ * cfg_set: configuration and device control of the camera.
+ *
+ * Turns stored settings into device state and answers what the device is.
+ * Plain functions for C and C++; no thread, no main loop, no start-up call.
+ *
+ * Conventions. A function's own text below says where it differs.
+ *
+ * 1. Results. Setters, savers and restorers return 0 for success and -1 for
+ *    failure. Predicates return 1 or 0 and never -1. Nothing is retried and
+ *    nothing is rolled back: what was stored before a later step failed stays
+ *    stored.
+ *
+ * 2. Reports. A failure is reported on standard output as one line,
+ *    "[FUNCTION LINE] TEXT", with the name of the reporting function and its
+ *    source line, through the caller's own stdio. Texts in double quotes below
+ *    are what follows the bracket. A report that goes to standard error says
+ *    so. There are no log levels and no log file.
+ *
+ * 3. Settings. Values live in the parameter store as text. A setter
+ *    (cfg_set...) applies a value to the device and leaves the store alone. A
+ *    saver (cfg_save...) checks, stores, commits and applies. A restorer
+ *    (cfg_restore...) reads the stored value and applies it, once at start-up.
+ *    Only cfg_saveMicEnable commits the store: after any other change the
+ *    caller calls param_save itself.
+ *
+ * 4. Stored numbers. Decimal text of at most 255 characters. Trailing
+ *    characters are ignored ("1x" is 1), text without digits is 0, and a
+ *    negative or overlong number becomes a large one, which a range check
+ *    then refuses.
+ *
+ * 5. Strings and buffers. Strings are NUL-terminated and must not be NULL,
+ *    except where NULL is named. Sizes are in bytes and count the terminator.
+ *    Every copy is bounded; text too long for its place is refused with a
+ *    report before anything is stored or run, and a command line that would be
+ *    cut is never run.
+ *
+ * 6. Commands. The device is driven by shell command lines, run by system()
+ *    in the foreground: a call returns when the command ends. Exit codes are
+ *    not examined. Names and paths are put into the line as they stand, so the
+ *    caller must not pass text with blanks or shell characters that it has not
+ *    vetted itself.
+ *
+ * 7. Processes and threads. Functions may be called from any number of
+ *    processes at once; what the processes share is named with each function.
+ *    Within a process they are as safe as the store and as system(), which
+ *    blocks SIGCHLD and ignores SIGINT and SIGQUIT while a command runs.
+ *
+ * 8. Memory. Every buffer is the caller's or lives in the called function's
+ *    frame (under 2 KB). Nothing is allocated for the caller and no descriptor
+ *    stays open; the C library's own streams allocate while they are open.
+ *
+ * The firmware supplies the platform functions declared in platform/.
+ */
+#ifndef CFG_SET_H
+#define CFG_SET_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define CFG_API __attribute__((visibility("default")))
+#else
+#define CFG_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ======================================================================
+ * Settings: utilities
+ * ====================================================================== */
+
+/*
+ * The name of the language whose speech package is on the card.
+ *
+ * buffer  receives the first line of /mnt/sdcard/morvenix/lang without its end
+ *         (carriage return or line feed)
+ * size    bytes to read at most
+ *
+ * The text is not terminated when the file has no line end: pass a zero-filled
+ * buffer and its size less one. One read; never blocks on a healthy card.
+ * Returns 0, or -1 when the file cannot be opened (buffer untouched). Prints
+ * nothing.
+ */
+CFG_API int get_from_lang_file(char *buffer, size_t size);
+
+/*
+ * Whether `path` can be opened for reading: 1 or 0. NULL gives 0. A folder
+ * counts as readable. Prints nothing.
+ */
+CFG_API int file_check(const char *path);
+
+/* ======================================================================
+ * Settings: audio
+ * ====================================================================== */
+
+/*
+ * Switches the microphone.
+ *
+ * value  1 on: runs "demo_MXSetMicMute_ 0", waits 50 ms, runs
+ *        "demo_MXSetMicVol_ 60"; 0 off: runs "demo_MXSetMicMute_ 1"
+ *
+ * Returns 0; -1 after "invalid value[VALUE]" for any other value, with nothing
+ * run. Blocks for the commands and the wait.
+ */
+CFG_API int cfg_setMicEnable(uint32_t value);
+
+/*
+ * Checks `value` (0 or 1), stores it under "io_mic_enable", commits the store
+ * and applies it, in this order.
+ *
+ * Returns 0; -1 after the first of "invalid value[VALUE]" (nothing stored),
+ * "param_set fail", "param_save fail" (stored, neither committed nor applied)
+ * or "cfg_setMicEnable fail".
+ */
+CFG_API int cfg_saveMicEnable(uint32_t value);
+
+/*
+ * Applies the stored "io_mic_enable" with cfg_setMicEnable.
+ * Returns 0; -1 after "param_get fail" or "cfg_setMicEnable fail".
+ */
+CFG_API int cfg_restoreMicEnable(void);
+
+/*
+ * Sets the speaker's level with one command.
+ *
+ * volume  stored volume: 0 runs "demo_MXSetSpeakerVol_ 0", any other value
+ *         "demo_MXSetSpeakerVol_ LEVEL" with level 35 for 23, 50 for 31 and 40
+ *         for all others
+ *
+ * Always returns 0. Prints nothing.
+ */
+CFG_API int cfg_setSpeakerVolume(uint32_t volume);
+
+/*
+ * Applies the stored "io_speaker_volume" with cfg_setSpeakerVolume.
+ * Returns 0; -1 after "param_get fail".
+ */
+CFG_API int cfg_restoreSpeakerVolume(void);
+
+/*
+ * Enables the speaker.
+ *
+ * value  0: prints "cfg_restoreSpeakerVolume off" and leaves the speaker at
+ *        the level it has; anything else: cfg_restoreSpeakerVolume
+ *
+ * Returns 0; -1 after "cfg_restoreSpeakerVolume fail".
+ */
+CFG_API int cfg_setSpeakerEnable(uint32_t value);
+
+/*
+ * Applies the stored "io_speaker_enable" with cfg_setSpeakerEnable; an empty
+ * value counts as 0.
+ * Returns 0; -1 after "param_get fail" or "cfg_setSpeakerEnable fail".
+ */
+CFG_API int cfg_restoreSpeakerEnable(void);
+
+/*
+ * Tells the peer-connection watchdog that two-way audio was switched: runs
+ * "killall -SIGUSR1 peerconn_watchdog", the same for every value.
+ * Always returns 0. Prints nothing.
+ */
+CFG_API int cfg_set2WayAudioEnable(uint32_t value);
+
+/*
+ * Entry points of voice processing that this firmware does not have. Each does
+ * nothing and returns 0 for every value.
+ */
+CFG_API int cfg_setSkypeAecEnable(uint32_t value);
+CFG_API int cfg_setSkypeAgcEnable(uint32_t value);
+CFG_API int cfg_setSkypeNoiseSuppressorEnable(uint32_t value);
+
+/*
+ * Plays a spoken prompt with the AAC player: runs "demo_MXAacPlayer_ PATH".
+ *
+ * name  bare file name, at most 230 characters
+ *
+ * PATH is the first of these that exists and that the command line can hold:
+ *     /mnt/sdcard/morvenix/LANGUAGE/speech/NAME    when the card is mounted
+ *     /localization/LANGUAGE/NAME
+ *     /audio/NAME                                  taken without a test
+ * LANGUAGE is the stored "lang_name" (at most 15 characters of it on the card,
+ * 31 in /localization); without one the path that needs it is passed over.
+ *
+ * A stored "io_speaker_volume" of 27, 0, or one that cannot be read first sets
+ * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. The
+ * level is not put back.
+ *
+ * Blocks until playback ends, then for one second. Returns the rest of that
+ * second when a signal cut it short, in whole seconds, else 0; -1 after
+ * "invalid name" when the name is NULL or too long, with nothing run. When
+ * /proc/mounts cannot be read the card counts as not mounted, and
+ * "sdcard_mounted:LINE error opening /proc/mounts..." goes to standard error.
+ */
+CFG_API int voice_prompt(const char *name);
+
+/*
+ * Plays an alert sound at raised priority, then restores the speaker.
+ *
+ * path  at most 225 characters; with ".aac" anywhere in it the AAC player is
+ *       used, else the WAV player
+ *
+ * Prints "alert<TAB>LINE cmd COMMAND" (without a bracket) and runs COMMAND,
+ * "nice -n -20 demo_MXAacPlayer_ PATH" or "nice -n -20 demo_MXWavPlayer_ PATH".
+ * Blocks until playback ends, then for one second.
+ * Returns the result of cfg_restoreSpeakerEnable; -1 after "invalid path" when
+ * the path is NULL or too long, with nothing run.
+ */
+CFG_API int alert(const char *path);
+
+/* ======================================================================
+ * Firmware: board identity
+ * ====================================================================== */
+
+#define BOARD_INFO_BOARDID 0UL /* board id, such as xq7h0c: model, "h", mask */
+#define BOARD_INFO_SN 1UL      /* serial number */
+#define BOARD_INFO_HWVER 2UL   /* hardware version, hexadecimal */
+
+/*
+ * Asks the board: the first line that "board boardid", "board sn" or
+ * "board hwver" prints.
+ *
+ * index  one of BOARD_INFO_...
+ * buf    receives the line without its line feed, cut to `size`; clear it
+ *        first, a failure leaves it as it was
+ * size   bytes of `buf`: 17 hold a board id, 32 the others
+ *
+ * Returns 0; -1 after "unknown index[INDEX]", after
+ * "pclose fail, errno[N][TEXT]" when the command cannot be started, or after
+ * "fgets fail, errno[N][TEXT]" when it prints nothing (errno is 0 when it just
+ * ended). Blocks until the command ends.
+ */
+CFG_API int cfg_getBoardInfo(unsigned long index, char *buf, int size);
+
+/*
+ * Bits of the hardware version. Each runs "board hwver" and returns 1 or 0;
+ * 0 after cfg_getBoardInfo's report when the board cannot be queried.
+ */
+CFG_API int cfg_is_slip_ring_model(void);    /* bit 7 */
+CFG_API int cfg_is_audio_differential(void); /* bit 10 */
+
+/*
+ * Whether the board has an Ethernet port (bit 9): 1 or 0. The command runs on
+ * the first call only; its answer, also the 0 of a failed query, is kept for
+ * the life of the process.
+ */
+CFG_API int cfg_check_eth_support_by_hwver(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,40 @@
+/*
+ * The parameter store: the firmware's persistent key/value store of text
+ * values. The firmware supplies these four functions; cfg_set only calls them.
+ *
+ * All return 0 for success and non-zero for failure, and none may abort.
+ * They are called from several processes at once: the store keeps its own
+ * reads and writes consistent.
+ */
+#ifndef CFG_SET_PLATFORM_PARAM_STORE_H
+#define CFG_SET_PLATFORM_PARAM_STORE_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * Puts the value of `key` into `buffer`, at most `size` bytes with the
+ * terminator; a longer value is cut, and always terminated.
+ * Non-zero when the value cannot be read, an absent key included: the buffer
+ * is then left as it was.
+ */
+int param_get(const char *key, char *buffer, unsigned int size);
+
+/*
+ * Puts `text` under `key` in the working copy, which every process sees at
+ * once. It does not survive a restart before param_save.
+ */
+int param_set(const char *key, const char *text);
+
+/* Makes the working copy the one that a restart brings back. */
+int param_save(void);
+
+/* Removes `key` from the working copy. */
+int param_unset(const char *key);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,5 @@
+// Inside the library only: what audio control asks of the SD card.
+#pragma once
+
+// True when /proc/mounts names /mnt/sdcard as a mount point.
+bool sdcard_mounted();

@@ -1,0 +1,81 @@
+#include "settings/frame.h"
+
+#include <ctype.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+bool format(char *buffer, size_t size, const char *text, ...)
+{
+    va_list arguments;
+    va_start(arguments, text);
+    const int length = vsnprintf(buffer, size, text, arguments);
+    va_end(arguments);
+    return length >= 0 && (size_t)length < size;
+}
+
+void run(const char *command)
+{
+    const int status = system(command);
+    (void)status;
+}
+
+uint32_t to_number(const char *text, int base)
+{
+    char *end;
+    const unsigned long number = strtoul(text, &end, base);
+    return number > UINT32_MAX ? UINT32_MAX : (uint32_t)number;
+}
+
+bool stored_number(const char *key, uint32_t *value, const char *function, int line)
+{
+    char text[VALUE_SIZE];
+    if (param_get(key, text, sizeof text) != 0) {
+        printf("[%s %d] param_get fail\n", function, line);
+        return false;
+    }
+    *value = to_number(text, 10);
+    return true;
+}
+
+int applied(const char *setter, int result, const char *function, int line)
+{
+    if (result == 0)
+        return 0;
+    printf("[%s %d] %s fail\n", function, line, setter);
+    return -1;
+}
+
+void toLower(char *buffer, size_t length)
+{
+    for (size_t i = 0; i < length; i++)
+        buffer[i] = (char)tolower((unsigned char)buffer[i]);
+}
+
+int get_from_lang_file(char *buffer, size_t size)
+{
+    const int file = open("/mnt/sdcard/morvenix/lang", O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return -1;
+    const ssize_t length = read(file, buffer, size);
+    close(file);
+    for (ssize_t i = 0; i < length; i++) {
+        if (buffer[i] == '\r' || buffer[i] == '\n') {
+            buffer[i] = '\0';
+            break;
+        }
+    }
+    return 0;
+}
+
+int file_check(const char *path)
+{
+    if (!path)
+        return 0;
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return 0;
+    close(file);
+    return 1;
+}
