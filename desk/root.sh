@@ -1,0 +1,17 @@
+# shellcheck shell=bash
+# Sourced by desk/camera and tests/in-root.
+
+# camera_root BUILT: sets `root` to the bubblewrap command line of a camera
+# root that holds the tools in BUILT/bin and BUILT/sbin and otherwise empty
+# folders in RAM. Processes, IPC objects, network and files in it are its own;
+# /proc is a plain folder, so that the drivers' files can be real files there.
+camera_root() {
+    root=(bwrap --unshare-ipc --unshare-pid --unshare-net --unshare-uts --unshare-cgroup-try
+        --hostname camera --clearenv --setenv PATH /sbin:/bin --setenv HOME / --chdir /
+        --dev /dev --ro-bind "$1/bin" /bin --ro-bind "$1/sbin" /sbin
+        --dir /proc --dir /etc --dir /tmp --dir /var/run --dir /var/log --dir /mnt/sdcard
+        --dir /flash --ro-bind /usr/lib /usr/lib --symlink usr/lib /lib --ro-bind "${BASH_SOURCE[0]}" /.camera-root)
+    [ ! -d /usr/lib64 ] || root+=(--ro-bind /usr/lib64 /usr/lib64 --symlink usr/lib64 /lib64)
+    # The firmware runs as root: so does the camera, mapped to whoever starts it.
+    [ "$(id -u)" -eq 0 ] || root+=(--unshare-user --uid 0 --gid 0)
+}

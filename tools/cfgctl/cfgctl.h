@@ -1,0 +1,63 @@
+// cfgctl: the library's functions on the command line. This header is what
+// its verbs share; main.cpp holds the table of verbs.
+#pragma once
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace cfgctl
+{
+
+enum Exit { OK = 0, NOT_FOUND = 1, USAGE = 2, STORE_FAILED = 3, APPLY_FAILED = 4 };
+
+using Json = nlohmann::ordered_json;
+
+// One call as the command line gave it.
+struct Call {
+    std::vector<std::string> arguments; // after the verb
+    std::vector<std::string> options;   // those the verb takes, with their dashes
+    bool json = false;
+
+    [[nodiscard]] bool has(const std::string &option) const;
+};
+
+struct Verb {
+    const char *name;
+    const char *arguments; // as usage shows them
+    std::vector<const char *> options;
+    size_t least; // arguments
+    size_t most;
+    const char *summary;
+    int (*run)(const Call &call);
+};
+
+int get(const Call &call);
+int set(const Call &call);
+int restore(const Call &call);
+int show(const Call &call);
+int board(const Call &call);
+int prompt(const Call &call);
+int alert_sound(const Call &call);
+
+// Data goes here and nowhere else: the caller's standard output. While a verb
+// runs, what the library and its commands print on standard output goes to
+// standard error.
+void print(const std::string &text);
+void print_json(const Json &json);
+
+// "cfgctl: TEXT" on standard error.
+void complain(const std::string &text);
+
+// Rows as columns, each as wide as its widest cell.
+std::string columns(const std::vector<std::vector<std::string>> &rows);
+
+// The whole text as a decimal number of 32 bits.
+std::optional<uint32_t> number(const std::string &text);
+
+// A stored value, as far as 4095 characters.
+std::optional<std::string> stored(const std::string &key);
+
+} // namespace cfgctl
