@@ -182,8 +182,8 @@ int change(const char *key, const char *value)
         text += to_line(name, stored);
     if (!replace_file(STORE_WORKING, text))
         return -1;
-    log("store", value ? "set " + std::string(key) + "=" + escaped(value)
-                       : "unset " + std::string(key));
+    log("store",
+        value ? "set " + std::string(key) + "=" + escaped(value) : "unset " + std::string(key));
     return 0;
 }
 

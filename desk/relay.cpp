@@ -65,9 +65,8 @@ int msg2relay(const viewer_relay_msg *message)
         command = "add";
     if (message->command == VIEWER_RELAY_DELETE)
         command = "delete";
-    desk::log("relay", "viewer " + command + " name=" + field(message->name) +
-                           " passcode=" + field(message->passcode) +
-                           " credential=" + field(message->credential) +
+    desk::log("relay", "viewer " + command + " name=" + field(message->name) + " passcode=" +
+                           field(message->passcode) + " credential=" + field(message->credential) +
                            " once=" + std::to_string(message->once));
     return relay_is_down() ? -1 : 0;
 }

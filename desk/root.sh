@@ -10,7 +10,7 @@ camera_root() {
         --hostname camera --clearenv --setenv PATH /sbin:/bin --setenv HOME / --chdir /
         --dev /dev --ro-bind "$1/bin" /bin --ro-bind "$1/sbin" /sbin
         --dir /proc --dir /etc --dir /tmp --dir /var/run --dir /var/log --dir /mnt/sdcard
-        --dir /flash --ro-bind /usr/lib /usr/lib --symlink usr/lib /lib --ro-bind "${BASH_SOURCE[0]}" /.camera-root)
+        --dir /flash --ro-bind /usr/lib /usr/lib --symlink usr/lib /lib --symlink desk /.camera-root)
     [ ! -d /usr/lib64 ] || root+=(--ro-bind /usr/lib64 /usr/lib64 --symlink usr/lib64 /lib64)
     # The firmware runs as root: so does the camera, mapped to whoever starts it.
     [ "$(id -u)" -eq 0 ] || root+=(--unshare-user --uid 0 --gid 0)

@@ -193,9 +193,8 @@ int voice_prompt(const char *name)
 int alert(const char *path)
 {
     char command[COMMAND_SIZE];
-    if (!path ||
-        !format(command, sizeof command, "nice -n -20 %s %s",
-                strstr(path, ".aac") ? AAC_PLAYER : WAV_PLAYER, path)) {
+    if (!path || !format(command, sizeof command, "nice -n -20 %s %s",
+                         strstr(path, ".aac") ? AAC_PLAYER : WAV_PLAYER, path)) {
         REPORT("invalid path");
         return -1;
     }

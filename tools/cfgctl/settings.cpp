@@ -89,9 +89,9 @@ int set(const Call &call)
     }
     if (call.json)
         print_json(Json{{"key", key},
-                   {"value", value},
-                   {"applied", setting && !call.has("--no-apply")},
-                   {"saved", !call.has("--no-save")}});
+                        {"value", value},
+                        {"applied", setting && !call.has("--no-apply")},
+                        {"saved", !call.has("--no-save")}});
     return OK;
 }
 

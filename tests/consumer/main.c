@@ -1,0 +1,38 @@
+/* Stores and applies a setting, with a platform of the program's own. */
+#include <cfg_set.h>
+#include <cfg_set/platform/param_store.h>
+#include <stdio.h>
+#include <string.h>
+
+static char stored[256];
+
+int param_get(const char *key, char *buffer, unsigned int size)
+{
+    (void)key;
+    snprintf(buffer, size, "%s", stored);
+    return 0;
+}
+
+int param_set(const char *key, const char *text)
+{
+    snprintf(stored, sizeof stored, "%s=%s", key, text);
+    return 0;
+}
+
+int param_save(void)
+{
+    return 0;
+}
+
+int param_unset(const char *key)
+{
+    (void)key;
+    return 0;
+}
+
+int main(void)
+{
+    const int saved = cfg_saveMicEnable(1);
+    const int refused = cfg_setMicEnable(2);
+    return saved == 0 && refused == -1 && strcmp(stored, "io_mic_enable=1") == 0 ? 0 : 1;
+}

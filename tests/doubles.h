@@ -1,0 +1,41 @@
+// Stand-ins for what the library calls. They record every call, in order, and
+// carry out what a test lets them.
+#pragma once
+
+#include "harness.h"
+
+#include <map>
+#include <set>
+
+namespace doubles
+{
+
+// "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
+// "set KEY=VALUE", "unset KEY", "save".
+extern std::vector<std::string> calls;
+
+// The parameter store, and the operations that it refuses: "get KEY",
+// "set KEY", "save".
+extern std::map<std::string, std::string> store;
+extern std::set<std::string> refused;
+
+// The errno that popen fails with; 0 lets it run the command for real.
+extern int popen_error;
+
+// Whether system runs the line for real; else it only records it.
+extern bool run_commands;
+
+// What sleep returns.
+extern unsigned sleep_left;
+
+// The recorded calls that begin with `word`, without it.
+std::vector<std::string> recorded(const std::string &word);
+
+// Begins with everything empty and nothing failing.
+class LibraryTest : public CameraTest
+{
+  protected:
+    void SetUp() override;
+};
+
+} // namespace doubles
