@@ -1,0 +1,32 @@
+# shellcheck shell=bash
+# Sourced by scripts/demo and scripts/test.
+
+# packages NAME:WHY...: installs the Debian packages that are missing.
+packages() {
+    local entry missing=()
+    for entry; do
+        if ! dpkg-query -W -f '${Status}\n' "${entry%%:*}" 2>/dev/null | grep -q ' installed$'; then
+            echo "installing ${entry%%:*}: ${entry#*:}"
+            missing+=("${entry%%:*}")
+        fi
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    "${as_root[@]}" apt-get -qq update
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# What building the desk camera takes.
+# shellcheck disable=SC2034
+build_packages=(
+    "g++:compiles the library and the desk camera"
+    "cmake:builds"
+    "ninja-build:builds"
+    "nlohmann-json3-dev:JSON output of cfgctl"
+    "bubblewrap:makes the camera root, the only place where anything runs"
+    "busybox-static:the camera's userland"
+    "dash:the camera's shell"
+    "util-linux:joins a running camera"
+)
