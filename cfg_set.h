@@ -93,6 +93,49 @@ CFG_API int get_from_lang_file(char *buffer, size_t size);
 CFG_API int file_check(const char *path);
 
 /* ======================================================================
+ * Settings: daemon messages
+ * ====================================================================== */
+
+#define MSG_PARAM_LEN 256
+
+/*
+ * What the detection and recording daemons are told: one record on the System V
+ * queue with key 5678. The type selects the daemon, which takes only its own.
+ * 296 bytes on the camera, where `long` has 4; the 292 bytes behind the type
+ * are the same everywhere. Clear the whole record before filling it.
+ */
+struct daemon_message {
+    long msg_type;    /* 1 privacy, 2 PIR, 4 sound level, 7 recording */
+    uint32_t command; /* the receiver's command code */
+    char param[MSG_PARAM_LEN];
+    uint8_t reserved1[8];
+    int32_t value;
+    uint8_t reserved2[20];
+};
+
+/*
+ * Posts a message, which stays the caller's. Never waits and never retries: a
+ * message that does not fit the queue is lost. The first post makes the queue,
+ * with permissions 0666.
+ *
+ * Returns 0; -1 after "msgget fail" or "msgsnd fail".
+ */
+CFG_API int cfg_sendMsg(const struct daemon_message *message);
+
+/*
+ * Posts a recording command (type 7, value 0).
+ *
+ * command  the recorder's command code
+ * params   parameter bytes, or NULL for none (`length` is then not looked at);
+ *          bytes behind them are zero
+ * length   bytes of `params`, at most 256
+ *
+ * Returns 0; -1 after "dwParamLen[LENGTH] > MSG_PARAM_LEN[256]" (nothing is
+ * posted) or after cfg_sendMsg's report and "cfg_sendMsg fail".
+ */
+CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
+
+/* ======================================================================
  * Settings: audio
  * ====================================================================== */
 

@@ -1,8 +1,10 @@
 # The library: static by default, shared with BUILD_SHARED_LIBS=ON.
 add_library(cfg_set
+    events/lock.cpp
     firmware/board.cpp
     settings/audio.cpp
-    settings/frame.cpp)
+    settings/frame.cpp
+    settings/messages.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 
 target_include_directories(cfg_set

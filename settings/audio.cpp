@@ -2,7 +2,6 @@
 
 #include "settings/frame.h"
 
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -178,7 +177,7 @@ int voice_prompt(const char *name)
 
     char volume[8] = "";
     param_get("io_speaker_volume", volume, sizeof volume);
-    const int stored = atoi(volume);
+    const int stored = to_int(volume);
     if (stored == 0 || stored == (int)VOLUME_PROMPT)
         cfg_setSpeakerVolume(VOLUME_PROMPT);
 

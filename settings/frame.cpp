@@ -2,6 +2,7 @@
 
 #include <ctype.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <stdarg.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -21,11 +22,61 @@ void run(const char *command)
     (void)status;
 }
 
+bool command_line(const char *command, char *line, int size)
+{
+    FILE *pipe = popen(command, "r");
+    if (!pipe)
+        return false;
+    const bool read = fgets(line, size, pipe) != nullptr;
+    pclose(pipe);
+    return read;
+}
+
+bool file_line(const char *path, char *line, int size)
+{
+    FILE *file = fopen(path, "r");
+    if (!file)
+        return false;
+    const char *end = fgets(line, size, file);
+    (void)end;
+    fclose(file);
+    return true;
+}
+
+int file_block(const char *path, char *block, size_t size)
+{
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return -1;
+    const ssize_t length = read(file, block, size - 1);
+    close(file);
+    block[length > 0 ? length : 0] = '\0';
+    return length > 0 ? (int)length : 0;
+}
+
+bool put_file(const char *path, const char *bytes, size_t length)
+{
+    FILE *file = fopen(path, "w");
+    if (!file)
+        return false;
+    fwrite(bytes, 1, length, file);
+    fclose(file);
+    return true;
+}
+
 uint32_t to_number(const char *text, int base)
 {
     char *end;
     const unsigned long number = strtoul(text, &end, base);
     return number > UINT32_MAX ? UINT32_MAX : (uint32_t)number;
+}
+
+int to_int(const char *text)
+{
+    const long number = strtol(text, nullptr, 10);
+    if (number > INT_MAX)
+        return INT_MAX;
+    return number < INT_MIN ? INT_MIN : (int)number;
 }
 
 bool stored_number(const char *key, uint32_t *value, const char *function, int line)

@@ -12,8 +12,13 @@
 // Bytes of the standard value buffer, with the terminator.
 constexpr size_t VALUE_SIZE = 256;
 
-// A report on standard output, in the name and line of the function it stands in.
+// Reports, in the name and line of the function they stand in: on standard
+// output, on standard error, and with the module's name.
 #define REPORT(text, ...) printf("[%s %d] " text "\n", __func__, __LINE__, ##__VA_ARGS__)
+#define REPORT_ERROR(text, ...)                                                                    \
+    fprintf(stderr, "[%s %d] " text "\n", __func__, __LINE__, ##__VA_ARGS__)
+#define REPORT_MODULE(text, ...)                                                                   \
+    printf("[%s %s %d] " text "\n", "cfg_set", __func__, __LINE__, ##__VA_ARGS__)
 
 // For helpers that report on behalf of the function that calls them.
 #define HERE __func__, __LINE__
@@ -24,9 +29,29 @@ bool format(char *buffer, size_t size, const char *text, ...) __attribute__((for
 // Runs a shell command line in the foreground. Exit codes are never examined.
 void run(const char *command);
 
+// The first line that `command` prints, as fgets reads it into `size` bytes.
+// False when the command cannot be started or prints nothing; `line` is then
+// as it was.
+bool command_line(const char *command, char *line, int size);
+
+// The first line of the file, as fgets reads it. False when the file cannot be
+// opened; a file without a line leaves `line` as it was.
+bool file_line(const char *path, char *line, int size);
+
+// One read of at most `size` - 1 bytes, terminated. The count of bytes, 0 when
+// none could be read, -1 (and `block` as it was) when the file cannot be opened.
+int file_block(const char *path, char *block, size_t size);
+
+// Puts `length` bytes into the file, created or truncated. False when it
+// cannot be opened; what the driver behind it makes of the bytes is not known.
+bool put_file(const char *path, const char *bytes, size_t length);
+
 // strtoul into 32 bits, the same on both widths of `long`: trailing characters
 // are ignored, no digits give 0, too large a number gives UINT32_MAX.
 uint32_t to_number(const char *text, int base);
+
+// atoi, the same on both widths of `long`: what is beyond an int gives its limit.
+int to_int(const char *text);
 
 // First half of a restorer: the stored number of `key`, base 10. A failed read
 // is reported for the caller as "param_get fail".

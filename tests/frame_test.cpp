@@ -24,6 +24,14 @@ TEST_F(FrameTest, NumbersAreTheSameOnBothWordWidths)
     EXPECT_EQ(to_number("280 rev b", 16), 0x280U);
 }
 
+TEST_F(FrameTest, IntegersAreTheSameOnBothWordWidths)
+{
+    EXPECT_EQ(to_int("-12x"), -12);
+    EXPECT_EQ(to_int("x"), 0);
+    EXPECT_EQ(to_int("4294967297"), INT32_MAX);
+    EXPECT_EQ(to_int("-99999999999999999999999"), INT32_MIN);
+}
+
 TEST_F(FrameTest, FormatTellsACutTextAndTerminatesIt)
 {
     char buffer[4] = "xxx";
@@ -88,4 +96,45 @@ TEST_F(FrameTest, FileCheckAsksForAReadableFile)
     write_file("/tmp/some", "");
     EXPECT_EQ(file_check("/tmp/some"), 1);
     EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(FrameTest, FirstLineOfACommand)
+{
+    char line[8] = "kept";
+    EXPECT_FALSE(command_line("true", line, sizeof line));
+    popen_error = 12;
+    EXPECT_FALSE(command_line("echo a", line, sizeof line));
+    EXPECT_STREQ(line, "kept");
+    popen_error = 0;
+    EXPECT_TRUE(command_line("echo a b; echo c", line, sizeof line));
+    EXPECT_STREQ(line, "a b\n");
+    EXPECT_TRUE(command_line("yes abcdefghij", line, sizeof line));
+    EXPECT_STREQ(line, "abcdefg");
+}
+
+TEST_F(FrameTest, LinesAndBlocksOfFilesFitTheirBuffers)
+{
+    char text[5] = "kept";
+    EXPECT_FALSE(file_line("/proc/none", text, sizeof text));
+    EXPECT_EQ(file_block("/proc/none", text, sizeof text), -1);
+    write_file("/proc/empty", "");
+    EXPECT_TRUE(file_line("/proc/empty", text, sizeof text));
+    EXPECT_STREQ(text, "kept");
+    EXPECT_EQ(file_block("/proc/empty", text, sizeof text), 0);
+    EXPECT_STREQ(text, "");
+
+    write_file("/proc/value", "1\n23456789");
+    EXPECT_TRUE(file_line("/proc/value", text, sizeof text));
+    EXPECT_STREQ(text, "1\n");
+    EXPECT_EQ(file_block("/proc/value", text, sizeof text), 4);
+    EXPECT_STREQ(text, "1\n23");
+    EXPECT_EQ(file_block("/proc", text, sizeof text), 0) << "a folder cannot be read";
+}
+
+TEST_F(FrameTest, PutFileReplacesWhatWasThere)
+{
+    write_file("/proc/value", "longer");
+    EXPECT_TRUE(put_file("/proc/value", "2", 2));
+    EXPECT_EQ(read_file("/proc/value"), std::string("2", 2));
+    EXPECT_FALSE(put_file("/proc", "2", 2));
 }

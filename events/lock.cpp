@@ -1,0 +1,58 @@
+#include "events/lock.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
+
+constexpr unsigned short FREE = 1;
+
+// One operation on the semaphore, again as long as signals interrupt it, each
+// failure written to standard error.
+static bool operate(int id, short change, const char *failure)
+{
+    sembuf operation = {0, change, SEM_UNDO};
+    while (semop(id, &operation, 1) != 0) {
+        const int error = errno;
+        fputs(failure, stderr);
+        if (error != EINTR)
+            return false;
+    }
+    return true;
+}
+
+// The id of the new set with its lock free, or -1.
+static int create(key_t key)
+{
+    const int id = semget(key, 1, IPC_CREAT | 0666);
+    if (id < 0) {
+        const int error = errno;
+        fputs("error creating semaphore.\n", stderr);
+        errno = error;
+        perror("sem_get");
+        return -1;
+    }
+    unsigned short values[] = {FREE};
+    if (semctl(id, 0, SETALL, values) != 0) {
+        fprintf(stderr, "SETALL failed (%d)\n", errno);
+        return -1;
+    }
+    return id;
+}
+
+int sem_get(key_t key)
+{
+    int id = semget(key, 1, 0);
+    if (id < 0)
+        id = create(key);
+    if (id < 0 || !operate(id, -1, "error getting semaphore.\n"))
+        return -1;
+    return id;
+}
+
+int sem_put(int id)
+{
+    if (id < 0)
+        return -1;
+    return operate(id, 1, "error releasing semaphore.\n") ? 0 : -1;
+}
