@@ -12,6 +12,8 @@ list(FILTER headers EXCLUDE REGEX "^build/")
 set(scripts .ci/run desk/camera desk/make-tools desk/root.sh desk/rootfs/etc_ro/init.d/rcS
     scripts/demo scripts/packages.sh scripts/test tests/camera_test tests/in-root
     tests/package_test)
+file(GLOB chapters CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} scripts/demo.d/*.sh)
+list(APPEND scripts ${chapters})
 set(stamps ${PROJECT_BINARY_DIR}/lint)
 file(MAKE_DIRECTORY ${stamps})
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -17,18 +18,21 @@ using Json = nlohmann::ordered_json;
 
 // One call as the command line gave it.
 struct Call {
-    std::vector<std::string> arguments; // after the verb
-    std::vector<std::string> options;   // those the verb takes, with their dashes
+    std::vector<std::string> arguments;         // after the verb
+    std::map<std::string, std::string> options; // with their dashes; the value, or nothing
     bool json = false;
 
-    [[nodiscard]] bool has(const std::string &option) const;
+    [[nodiscard]] bool has(const std::string &option) const
+    {
+        return options.count(option) != 0;
+    }
 };
 
 struct Verb {
     const char *name;
     const char *arguments; // as usage shows them
-    std::vector<const char *> options;
-    size_t least; // arguments
+    std::vector<std::string> options; // "--name", or "--name VALUE" when it takes one
+    size_t least;                     // arguments
     size_t most;
     const char *summary;
     int (*run)(const Call &call);

@@ -47,9 +47,9 @@ bool split_output()
 std::string usage_line(const Verb &verb)
 {
     std::string line = std::string("cfgctl ") + verb.name;
-    for (const char *option : verb.options)
-        if (!std::strstr(verb.arguments, option))
-            line += std::string(" [") + option + "]";
+    for (const std::string &option : verb.options)
+        if (!std::strstr(verb.arguments, option.c_str()))
+            line += " [" + option + "]";
     if (*verb.arguments)
         line += std::string(" ") + verb.arguments;
     return line;
@@ -72,6 +72,15 @@ int wrong_usage(const Verb *verb, const std::string &text)
     std::fprintf(stderr, "usage: %s\n",
                  verb ? usage_line(*verb).c_str() : "cfgctl VERB ...; cfgctl --help lists them");
     return USAGE;
+}
+
+// The verb's entry for the option `word`, or null.
+const std::string *find_option(const Verb &verb, const std::string &word)
+{
+    for (const std::string &option : verb.options)
+        if (option.substr(0, option.find(' ')) == word)
+            return &option;
+    return nullptr;
 }
 
 int dispatch(const std::vector<std::string> &words)
@@ -104,11 +113,14 @@ int dispatch(const std::vector<std::string> &words)
         } else if (word == "--help") {
             print("usage: " + usage_line(*verb) + "\n\n" + verb->summary + "\n");
             return OK;
-        } else if (std::find(verb->options.begin(), verb->options.end(), word) !=
-                   verb->options.end()) {
-            call.options.push_back(word);
         } else {
-            return wrong_usage(&*verb, "no option " + word);
+            const std::string *option = find_option(*verb, word);
+            if (!option)
+                return wrong_usage(&*verb, "no option " + word);
+            const bool with_value = *option != word;
+            if (with_value && i + 1 == words.size())
+                return wrong_usage(&*verb, word + " needs a value");
+            call.options[word] = with_value ? words[++i] : "";
         }
     }
     if (call.arguments.size() < verb->least || call.arguments.size() > verb->most)
@@ -117,11 +129,6 @@ int dispatch(const std::vector<std::string> &words)
 }
 
 } // namespace
-
-bool Call::has(const std::string &option) const
-{
-    return std::find(options.begin(), options.end(), option) != options.end();
-}
 
 void print(const std::string &text)
 {
