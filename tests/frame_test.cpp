@@ -135,6 +135,6 @@ TEST_F(FrameTest, PutFileReplacesWhatWasThere)
 {
     write_file("/proc/value", "longer");
     EXPECT_TRUE(put_file("/proc/value", "2", 2));
-    EXPECT_EQ(read_file("/proc/value"), std::string("2", 2));
+    EXPECT_EQ(read_file("/proc/value"), std::string("2\0", 2));
     EXPECT_FALSE(put_file("/proc", "2", 2));
 }

@@ -30,7 +30,7 @@ struct Call {
 
 struct Verb {
     const char *name;
-    const char *arguments; // as usage shows them
+    const char *arguments;            // as usage shows them
     std::vector<std::string> options; // "--name", or "--name VALUE" when it takes one
     size_t least;                     // arguments
     size_t most;
