@@ -176,20 +176,16 @@ TEST_F(AudioTest, SpeakerOnWithoutAVolumeFailsThroughEveryLevel)
                            "[cfg_restoreSpeakerEnable #] cfg_setSpeakerEnable fail\n");
 }
 
-TEST_F(AudioTest, TwoWayAudioSendsTheSameSignalForEveryValue)
+TEST_F(AudioTest, EntriesThatDoNotLookAtTheirValue)
 {
-    EXPECT_EQ(cfg_set2WayAudioEnable(0) + cfg_set2WayAudioEnable(1), 0);
-    EXPECT_THAT(calls, ElementsAre("system killall -SIGUSR1 peerconn_watchdog",
-                                   "system killall -SIGUSR1 peerconn_watchdog"));
-}
-
-TEST_F(AudioTest, VoiceProcessingEntriesDoNothing)
-{
-    for (const uint32_t value : {0U, 1U, UINT32_MAX})
+    for (const uint32_t value : {0U, 1U, UINT32_MAX}) {
+        calls.clear();
+        EXPECT_EQ(cfg_set2WayAudioEnable(value), 0);
         EXPECT_EQ(cfg_setSkypeAecEnable(value) + cfg_setSkypeAgcEnable(value) +
                       cfg_setSkypeNoiseSuppressorEnable(value),
                   0);
-    EXPECT_THAT(calls, IsEmpty());
+        EXPECT_THAT(calls, ElementsAre("system killall -SIGUSR1 peerconn_watchdog"));
+    }
 }
 
 TEST_F(AudioTest, CardIsMountedOnlyAtItsMountPoint)
@@ -215,78 +211,58 @@ TEST_F(AudioTest, UnreadableMountsCountAsNoCardAndGoToStandardError)
 
 TEST_F(AudioTest, PromptComesFromTheCardThenTheFirmwareThenTheBuiltInSounds)
 {
+    const std::string SIZE_16 = "get lang_name 16";
+    const std::string VOLUME = "get io_speaker_volume 8";
+    const std::string SIZE_32 = "get lang_name 32";
+    const auto play = [](const std::string &path) { return "system demo_MXAacPlayer_ " + path; };
+    const auto prompt = [] {
+        calls.clear();
+        EXPECT_EQ(voice_prompt("hello.aac"), 0);
+        return calls;
+    };
     insert_card();
     store = {{"lang_name", "en"}, {"io_speaker_volume", "25"}};
     write_file(ON_CARD, "");
     write_file(IN_FIRMWARE, "");
+    EXPECT_THAT(prompt(), ElementsAre(SIZE_16, VOLUME, play(ON_CARD), "sleep 1"));
 
-    EXPECT_EQ(voice_prompt("hello.aac"), 0);
-    EXPECT_THAT(calls, ElementsAre("get lang_name 16", "get io_speaker_volume 8",
-                                   "system demo_MXAacPlayer_ " + ON_CARD, "sleep 1"));
+    write_file("/proc/mounts", ""); // a language is spoken without a card too
+    EXPECT_THAT(prompt(), ElementsAre(VOLUME, SIZE_32, play(IN_FIRMWARE), "sleep 1"));
 
+    insert_card();
     unlink(ON_CARD.c_str());
-    calls.clear();
-    EXPECT_EQ(voice_prompt("hello.aac"), 0);
-    EXPECT_THAT(calls,
-                ElementsAre("get lang_name 16", "get io_speaker_volume 8", "get lang_name 32",
-                            "system demo_MXAacPlayer_ " + IN_FIRMWARE, "sleep 1"));
+    EXPECT_THAT(prompt(), ElementsAre(SIZE_16, VOLUME, SIZE_32, play(IN_FIRMWARE), "sleep 1"));
 
     unlink(IN_FIRMWARE.c_str());
-    voice_prompt("hello.aac");
+    prompt();
     EXPECT_EQ(played(), "/audio/hello.aac");
-}
 
-TEST_F(AudioTest, PromptWithoutACardStillSpeaksTheLanguage)
-{
-    write_file("/proc/mounts", "");
-    store = {{"lang_name", "en"}, {"io_speaker_volume", "25"}};
-    write_file(ON_CARD, "");
     write_file(IN_FIRMWARE, "");
-    voice_prompt("hello.aac");
-    EXPECT_THAT(calls, ElementsAre("get io_speaker_volume 8", "get lang_name 32",
-                                   "system demo_MXAacPlayer_ " + IN_FIRMWARE, "sleep 1"));
-}
-
-TEST_F(AudioTest, PromptWithoutALanguageIsBuiltIn)
-{
-    insert_card();
-    for (const std::string text : {"absent", ""}) {
-        store = {{"io_speaker_volume", "25"}};
-        if (text.empty())
-            store["lang_name"] = text;
-        voice_prompt("hello.aac");
-        EXPECT_EQ(played(), "/audio/hello.aac");
-    }
+    store["lang_name"] = "";
+    prompt();
+    EXPECT_EQ(played(), "/audio/hello.aac");
+    store.erase("lang_name");
+    prompt();
+    EXPECT_EQ(played(), "/audio/hello.aac");
 }
 
 TEST_F(AudioTest, PromptSetsTheVolumeOnlyForTheStoredDefaultOrNone)
 {
     write_file("/proc/mounts", "");
-    const std::string volume = "demo_MXSetSpeakerVol_ 40";
     const std::string player = "demo_MXAacPlayer_ /audio/a";
-    for (const std::string text : {"27", "0", "", "loud", "27dB"}) {
-        store["io_speaker_volume"] = text;
-        calls.clear();
-        voice_prompt("a");
-        EXPECT_THAT(recorded("system"), ElementsAre(volume, player)) << text;
-    }
-    store.clear();
-    calls.clear();
-    voice_prompt("a");
-    EXPECT_THAT(recorded("system"), ElementsAre(volume, player));
-    for (const std::string text : {"25", "-1", "31", "270"}) {
-        store["io_speaker_volume"] = text;
-        calls.clear();
-        voice_prompt("a");
-        EXPECT_THAT(recorded("system"), ElementsAre(player)) << text;
-    }
-}
-
-TEST_F(AudioTest, PromptReturnsWhatIsLeftOfItsSecond)
-{
-    write_file("/proc/mounts", "");
     sleep_left = 1;
-    EXPECT_EQ(voice_prompt("a"), 1);
+    for (const std::string text : {"absent", "27", "0", "", "loud", "27dB", "25", "-1", "270"}) {
+        store.clear();
+        if (text != "absent")
+            store["io_speaker_volume"] = text;
+        calls.clear();
+        EXPECT_EQ(voice_prompt("a"), 1) << "what is left of its second";
+        if (text == "25" || text == "-1" || text == "270")
+            EXPECT_THAT(recorded("system"), ElementsAre(player)) << text;
+        else
+            EXPECT_THAT(recorded("system"), ElementsAre("demo_MXSetSpeakerVol_ 40", player))
+                << text;
+    }
 }
 
 TEST_F(AudioTest, LongLanguagesAreCutAtTheirBuffers)
@@ -341,26 +317,22 @@ TEST_F(AudioTest, RecordingsTooLongForTheCommandLineArePassedOver)
 TEST_F(AudioTest, AlertPlaysAtRaisedPriorityThenRestoresTheSpeaker)
 {
     store = {{"io_speaker_enable", "1"}, {"io_speaker_volume", "23"}};
-    const Outcome sound = observe([] { return alert("/audio/bark.wav"); });
-    EXPECT_EQ(sound.result, 0);
-    EXPECT_EQ(sound.out, "alert\t# cmd nice -n -20 demo_MXWavPlayer_ /audio/bark.wav\n");
-    EXPECT_EQ(sound.err, "");
-    EXPECT_THAT(calls, ElementsAre("system nice -n -20 demo_MXWavPlayer_ /audio/bark.wav",
-                                   "sleep 1", "get io_speaker_enable 256",
-                                   "get io_speaker_volume 256", "system demo_MXSetSpeakerVol_ 35"));
-}
-
-TEST_F(AudioTest, AlertPlayerFollowsTheLettersAnywhereInThePath)
-{
-    for (const std::string path : {"/audio/x.aac", "/audio/x.aac.wav", "/a.aac/x.wav"}) {
+    // The letters decide, wherever they stand.
+    for (const auto &[path, player] :
+         std::map<std::string, std::string>{{"/audio/bark.wav", "demo_MXWavPlayer_"},
+                                            {"/audio/x.aac", "demo_MXAacPlayer_"},
+                                            {"/a.aac/x.wav", "demo_MXAacPlayer_"}}) {
         calls.clear();
-        alert(path.c_str());
-        EXPECT_EQ(calls[0], "system nice -n -20 demo_MXAacPlayer_ " + path);
+        const std::string command = "nice -n -20 " + player + " " + path;
+        const Outcome sound = observe([&path = path] { return alert(path.c_str()); });
+        EXPECT_EQ(sound.result, 0);
+        EXPECT_EQ(sound.out, "alert\t# cmd " + command + "\n");
+        EXPECT_EQ(sound.err, "");
+        EXPECT_THAT(calls,
+                    ElementsAre("system " + command, "sleep 1", "get io_speaker_enable 256",
+                                "get io_speaker_volume 256", "system demo_MXSetSpeakerVol_ 35"));
     }
-}
-
-TEST_F(AudioTest, AlertReturnsTheSpeakerRestorersResult)
-{
+    store.clear();
     const Outcome sound = observe([] { return alert("/a.wav"); });
     EXPECT_EQ(sound.result, -1);
     EXPECT_THAT(sound.out, testing::EndsWith("[cfg_restoreSpeakerEnable #] param_get fail\n"));

@@ -54,39 +54,18 @@ TEST_F(FrameTest, ToLowerTakesExactlyItsLength)
 
 TEST_F(FrameTest, LanguageFileIsCutAtItsFirstLineEnd)
 {
-    char buffer[8];
-    const auto read_language = [&](size_t size) {
+    char buffer[10] = "kept";
+    EXPECT_EQ(get_from_lang_file(buffer, 7), -1);
+    EXPECT_STREQ(buffer, "kept");
+    for (const auto &[text, language] : std::map<std::string, std::string>{
+             {"en\r\n", "en"}, {"en\nde", "en"}, {"portuguese", "portugu"}, {"", ""}}) {
+        write_file("/mnt/sdcard/morvenix/lang", text);
         memset(buffer, 0, sizeof buffer);
-        return observe([&] { return get_from_lang_file(buffer, size); });
-    };
-
-    EXPECT_EQ(read_language(7).result, -1);
-    EXPECT_STREQ(buffer, "");
-
-    const char *const file = "/mnt/sdcard/morvenix/lang";
-    write_file(file, "en\r\n");
-    EXPECT_EQ(read_language(7).result, 0);
-    EXPECT_STREQ(buffer, "en");
-
-    write_file(file, "en\nde");
-    EXPECT_EQ(read_language(7).result, 0);
-    EXPECT_STREQ(buffer, "en");
-
-    write_file(file, "portuguese\n");
-    EXPECT_EQ(read_language(7).result, 0);
-    EXPECT_STREQ(buffer, "portugu");
-
-    write_file(file, "");
-    EXPECT_EQ(read_language(7).result, 0);
-    EXPECT_STREQ(buffer, "");
-}
-
-TEST_F(FrameTest, LanguageFileDoesNotLookPastWhatItRead)
-{
-    write_file("/mnt/sdcard/morvenix/lang", "en");
-    char buffer[] = "xx\nxx";
-    EXPECT_EQ(get_from_lang_file(buffer, 2), 0);
-    EXPECT_STREQ(buffer, "en\nxx");
+        buffer[8] = '\n'; // past what it reads
+        EXPECT_EQ(get_from_lang_file(buffer, 7), 0);
+        EXPECT_EQ(buffer, language);
+        EXPECT_EQ(buffer[8], '\n');
+    }
 }
 
 TEST_F(FrameTest, FileCheckAsksForAReadableFile)
