@@ -254,6 +254,125 @@ CFG_API int voice_prompt(const char *name);
 CFG_API int alert(const char *path);
 
 /* ======================================================================
+ * Event queue
+ *
+ * Pending events, oldest first, that all processes share. They are kept in a
+ * ring in shared memory (System V key 0x20130002, 4108 bytes), and a copy of
+ * the whole ring in /mnt/sdcard/video/.event is written anew after every
+ * change. One lock (semaphore 0x20130001) is held for the whole of a call, so
+ * every call blocks while another process is in one, and for the card. A
+ * signal does not end the wait; each prints "error getting semaphore." on
+ * standard error.
+ *
+ * The first call after a restart makes lock and ring and loads the copy. A
+ * copy is refused as a whole when it is short, when head, tail and count do
+ * not agree, or when any of its 512 slots, in use or not, has a type above 4
+ * or, once the clock is past 2014-01-17 23:06:40 UTC, a time that is not past.
+ * It is then deleted with "rm -rf /mnt/sdcard/video/.event" and the ring comes
+ * up empty, after checkEventQueue's report and "load fail". Without a copy,
+ * "[/mnt/sdcard/video/.event] not found" is reported. Later calls trust what
+ * is in memory, and a smaller segment of another program under the key makes
+ * every call fail.
+ *
+ * A call that cannot have lock or ring returns its failure value after
+ * "sem_get fail iSemId[-1]" (and the reason on standard error) or after
+ * getEventQueue's report and "getEventQueue fail". "saveEventQueue fail" and
+ * "sem_put fail iSemId[ID]" do not change a result: what cannot be written to
+ * the card stays in memory, and the next change writes it.
+ *
+ * A process that dies in a call gives back the lock. Whatever instruction it
+ * was at, the events are those before its change or those after it; a slot not
+ * in use may hold part of an event that never was. It can leave behind:
+ *
+ * - a copy that is one change old, empty, or cut short. The next change writes
+ *   it whole; a restart before that refuses it.
+ * - in the first call after a restart: a ring that is empty, though the card
+ *   has events, or that was loaded and not checked. cfg_dequeueAllEvent makes
+ *   any ring good.
+ * - between the making of the semaphore and its first value, a moment of that
+ *   same call: a lock that stays taken, until "ipcrm -S 0x20130001" removes
+ *   it. Two processes in that moment may also both get the lock. So let one
+ *   process make the first call before it starts the others.
+ * ====================================================================== */
+
+#define EVENT_QUEUE_SIZE 512 /* events that the ring holds */
+
+/* One event. 8 bytes, in memory and on the card. */
+struct EventQueueEntry {
+    uint32_t type; /* the producer's code, 0..4 */
+    uint32_t time; /* when it was added, seconds since 1970-01-01 UTC */
+};
+
+/*
+ * Whether there are no events: 1 when so; 0 when there are some, and also when
+ * lock or ring cannot be had.
+ */
+CFG_API int cfg_isEventQueueEmpty(void);
+
+/*
+ * Adds an event with the time of the call.
+ *
+ * type  stored as it is; one above 4 stays in memory, but makes the next
+ *       restart refuse the whole copy
+ *
+ * Returns 0, also after "saveEventQueue fail"; -1 when lock or ring cannot be
+ * had, or after "EventQueue is full", with nothing changed.
+ */
+CFG_API int cfg_enqueueEvent(uint32_t type);
+
+/*
+ * Drops the `n` oldest events, or all when there are fewer. 0 drops none, but
+ * writes the copy anew when there are events.
+ *
+ * Returns 0, also after "saveEventQueue fail" and when there were none; -1
+ * when lock or ring cannot be had.
+ */
+CFG_API int cfg_dequeueEvent(uint32_t n);
+
+/*
+ * Drops all events. Returns as cfg_dequeueEvent does.
+ */
+CFG_API int cfg_dequeueAllEvent(void);
+
+/*
+ * Reads an event and leaves it where it is. To handle events, read number 0,
+ * then drop 1. Those are two calls: consumers in several processes need a lock
+ * of their own around them, or two of them handle the same event.
+ *
+ * index  0 for the oldest event, 1 for the next, ...
+ * event  receives it; a failure leaves it as it was
+ *
+ * Returns 0; -1 when there is no such event (prints nothing), when lock or
+ * ring cannot be had, or after "event buffer is null".
+ */
+CFG_API int cfg_getEvent(uint32_t index, struct EventQueueEntry *event);
+
+/* ======================================================================
+ * Event queue: device status
+ * ====================================================================== */
+
+/*
+ * Stores the device status, a number from 0 to 255 that the processes agree
+ * on, as the one byte of /tmp/dev_status. A restart forgets it.
+ *
+ * Prints "result:N" (of taking the file's lock), "status: STATUS, writeSize: N,
+ * sizeof(status):1" and "result:N" (of giving it back). The lock is a shared
+ * one: a reader may see 0 while the byte is being written. Blocks while
+ * another program holds an exclusive lock on the file.
+ *
+ * Returns 0, even when the byte could not be written (writeSize is then 0); -1
+ * after "Fail to open /tmp/dev_status file".
+ */
+CFG_API int cfg_setDeviceStatus(uint8_t status);
+
+/*
+ * The stored device status: the first byte of the file, 0 when it is empty,
+ * and 255, which can also be a stored one, after "Fail to open /tmp/dev_status
+ * file". Prints and blocks as cfg_setDeviceStatus does, with readSize.
+ */
+CFG_API uint8_t cfg_getDeviceStatus(void);
+
+/* ======================================================================
  * Firmware: board identity
  * ====================================================================== */
 

@@ -1,6 +1,10 @@
 # The library: static by default, shared with BUILD_SHARED_LIBS=ON.
 add_library(cfg_set
+    events/check.cpp
     events/lock.cpp
+    events/queue.cpp
+    events/status.cpp
+    events/storage.cpp
     firmware/board.cpp
     settings/audio.cpp
     settings/frame.cpp

@@ -64,6 +64,14 @@ bool put_file(const char *path, const char *bytes, size_t length)
     return true;
 }
 
+FILE *open_unbuffered(const char *path, const char *mode)
+{
+    FILE *file = fopen(path, mode);
+    if (file)
+        setvbuf(file, nullptr, _IONBF, 0);
+    return file;
+}
+
 uint32_t to_number(const char *text, int base)
 {
     char *end;

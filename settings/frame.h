@@ -46,6 +46,10 @@ int file_block(const char *path, char *block, size_t size);
 // cannot be opened; what the driver behind it makes of the bytes is not known.
 bool put_file(const char *path, const char *bytes, size_t length);
 
+// fopen without a buffer: every fread and fwrite goes to the file at once, in
+// one piece, and its result is the file's own. Null when it cannot be opened.
+FILE *open_unbuffered(const char *path, const char *mode);
+
 // strtoul into 32 bits, the same on both widths of `long`: trailing characters
 // are ignored, no digits give 0, too large a number gives UINT32_MAX.
 uint32_t to_number(const char *text, int base);

@@ -3,8 +3,12 @@
 #include "platform/param_store.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstring>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +21,9 @@ std::set<std::string> refused;
 int popen_error;
 bool run_commands;
 unsigned sleep_left;
+time_t clock_now;
+std::map<std::string, int> failing;
+void *failed_address;
 
 static std::map<FILE *, pid_t> pipes;
 
@@ -38,6 +45,9 @@ void LibraryTest::SetUp()
     popen_error = 0;
     run_commands = false;
     sleep_left = 0;
+    clock_now = 0;
+    failing.clear();
+    failed_address = nullptr;
 }
 
 // A shell with `line`; its standard output goes to `output` when there is one.
@@ -51,6 +61,22 @@ static pid_t start_shell(const char *line, int output)
         _exit(127);
     }
     return child;
+}
+
+// Whether the call fails, with errno set.
+static bool fails(const char *call)
+{
+    const auto found = failing.find(call);
+    if (found == failing.end())
+        return false;
+    errno = found->second;
+    return true;
+}
+
+// The C library's own function.
+template <typename Function> static Function *real(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
 static int wait_for(pid_t child)
@@ -109,6 +135,56 @@ int usleep(useconds_t microseconds)
 {
     calls.push_back("usleep " + std::to_string(microseconds));
     return 0;
+}
+
+time_t time(time_t *result)
+{
+    const time_t now = clock_now ? clock_now : real<time_t(time_t *)>("time")(nullptr);
+    if (result)
+        *result = now;
+    return now;
+}
+
+int semget(key_t key, int count, int flags)
+{
+    return fails("semget") ? -1 : real<decltype(semget)>("semget")(key, count, flags);
+}
+
+int semctl(int id, int number, int command, ...)
+{
+    va_list arguments;
+    va_start(arguments, command);
+    void *values = va_arg(arguments, void *);
+    va_end(arguments);
+    if (command == SETALL && fails("SETALL"))
+        return -1;
+    return real<decltype(semctl)>("semctl")(id, number, command, values);
+}
+
+int semop(int id, sembuf *operations, size_t count)
+{
+    if (operations->sem_op > 0 && fails("unlock"))
+        return -1;
+    return real<decltype(semop)>("semop")(id, operations, count);
+}
+
+int shmget(key_t key, size_t size, int flags)
+{
+    char text[64];
+    snprintf(text, sizeof text, "shmget %x %zu %o", static_cast<unsigned>(key), size,
+             static_cast<unsigned>(flags));
+    calls.emplace_back(text);
+    return fails("shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
+}
+
+void *shmat(int id, const void *address, int flags)
+{
+    return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags);
+}
+
+int shmdt(const void *address)
+{
+    return fails("shmdt") ? -1 : real<decltype(shmdt)>("shmdt")(address);
 }
 
 int param_get(const char *key, char *buffer, unsigned size)

@@ -4,6 +4,7 @@
 
 #include "harness.h"
 
+#include <ctime>
 #include <map>
 #include <set>
 
@@ -11,7 +12,8 @@ namespace doubles
 {
 
 // "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
-// "set KEY=VALUE", "unset KEY", "save".
+// "set KEY=VALUE", "unset KEY", "save", "shmget KEY SIZE FLAGS" (hexadecimal
+// key, octal flags).
 extern std::vector<std::string> calls;
 
 // The parameter store, and the operations that it refuses: "get KEY",
@@ -27,6 +29,14 @@ extern bool run_commands;
 
 // What sleep returns.
 extern unsigned sleep_left;
+
+// What time returns; 0 asks the real clock.
+extern time_t clock_now;
+
+// System V calls that fail, and their errno: "semget", "SETALL" (a semctl),
+// "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
+extern std::map<std::string, int> failing;
+extern void *failed_address;
 
 // The recorded calls that begin with `word`, without it.
 std::vector<std::string> recorded(const std::string &word);
