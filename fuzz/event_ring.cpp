@@ -1,0 +1,138 @@
+// Any file on the card, read by the first call after a restart. The input is a
+// recipe: the clock (4 bytes), the file's length (2), then words to set in a
+// file of zeros (2 bytes place, 4 bytes value each).
+
+#include "events/storage.h"
+#include "platform/param_store.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <sys/shm.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+static uint32_t now;
+static int removals;
+
+extern "C" time_t time(time_t *)
+{
+    return now;
+}
+
+extern "C" int system(const char *line)
+{
+    if (std::string(line) != "rm -rf /mnt/sdcard/video/.event")
+        abort();
+    removals++;
+    return unlink(EVENT_QUEUE_FILE);
+}
+
+// The ring asks the store for nothing.
+extern "C" int param_get(const char *, char *, unsigned)
+{
+    abort();
+}
+
+static void require(bool condition)
+{
+    if (!condition)
+        abort();
+}
+
+static std::string on_card()
+{
+    std::ifstream file(EVENT_QUEUE_FILE, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+static std::string in_memory()
+{
+    EventQueue *queue = getEventQueue();
+    std::string bytes(reinterpret_cast<const char *>(queue), sizeof *queue);
+    putEventQueue(queue);
+    return bytes;
+}
+
+static std::string cook(const uint8_t *data, size_t size)
+{
+    constexpr size_t EDIT = 6;
+    constexpr size_t LONGEST = 5000;
+    uint16_t length = 0;
+    memcpy(&now, data, sizeof now);
+    memcpy(&length, data + sizeof now, sizeof length);
+    std::string file(LONGEST, '\0');
+    for (size_t at = EDIT; at + EDIT <= size; at += EDIT) {
+        uint16_t place = 0;
+        memcpy(&place, data + at, sizeof place);
+        memcpy(file.data() + place % (LONGEST / 4) * 4, data + at + sizeof place, 4);
+    }
+    file.resize(length % (LONGEST + 1));
+    return file;
+}
+
+static uint32_t word(const std::string &file, size_t number)
+{
+    uint32_t value = 0;
+    memcpy(&value, file.data() + number * sizeof value, sizeof value);
+    return value;
+}
+
+// Whether the file is a ring, said another way than the loader says it.
+static bool is_ring(const std::string &file)
+{
+    if (file.size() < sizeof(EventQueue))
+        return false;
+    const uint32_t head = word(file, 0);
+    const uint32_t tail = word(file, 1);
+    const uint32_t count = word(file, 2);
+    if (head > 511 || tail > 511 || count > 512 || (head + count) % 512 != tail)
+        return false;
+    for (size_t i = 0; i < 512; i++)
+        if (word(file, 3 + 2 * i) > 4 || (now > 1390000000 && word(file, 4 + 2 * i) >= now))
+            return false;
+    return true;
+}
+
+// The library's reports would drown those of the fuzzer.
+static bool prepare()
+{
+    mkdir("/mnt/sdcard/video", 0755);
+    return freopen("/dev/null", "w", stdout) != nullptr;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const bool prepared = prepare();
+    require(prepared);
+    if (size < 6)
+        return 0;
+    const std::string file = cook(data, size);
+    std::ofstream(EVENT_QUEUE_FILE, std::ios::binary) << file;
+    shmctl(shmget(EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
+    removals = 0;
+
+    const bool good = is_ring(file);
+    const bool empty = cfg_isEventQueueEmpty() == 1;
+    const std::string ring = good ? file.substr(0, sizeof(EventQueue))
+                                  : std::string(sizeof(EventQueue), '\0');
+    const uint32_t count = word(ring, 2);
+    require(in_memory() == ring);
+    require(empty == (count == 0));
+    require(removals == (good ? 0 : 1));
+    require(on_card() == (good ? file : ""));
+
+    // What was loaded works.
+    EventQueueEntry event = {};
+    require((cfg_getEvent(count - 1, &event) == 0) == (count > 0));
+    require(cfg_dequeueEvent(1) == 0);
+    require(cfg_enqueueEvent(3) == 0);
+    require(on_card() == in_memory());
+    require(cfg_getEvent(std::max(count, 1U) - 1, &event) == 0);
+    require(event.type == 3 && event.time == now);
+    return 0;
+}
