@@ -45,6 +45,8 @@ int show(const Call &call);
 int board(const Call &call);
 int prompt(const Call &call);
 int alert_sound(const Call &call);
+int events(const Call &call);
+int status(const Call &call);
 
 // Data goes here and nowhere else: the caller's standard output. While a verb
 // runs, what the library and its commands print on standard output goes to

@@ -29,6 +29,14 @@ const std::vector<Verb> VERBS = {
     {"board", "", {}, 0, 0, "print what the board is and has", board},
     {"prompt", "NAME", {}, 1, 1, "play a spoken prompt", prompt},
     {"alert", "PATH", {}, 1, 1, "play an alert sound, then restore the speaker", alert_sound},
+    {"events",
+     "[add TYPE | drop N | clear | dump FILE]",
+     {},
+     0,
+     2,
+     "list the pending events, add or drop some, or check a copy of the ring",
+     events},
+    {"status", "[VALUE]", {}, 0, 1, "print or set the device status, 0..255", status},
 };
 
 FILE *data = nullptr;
@@ -143,6 +151,7 @@ void print_json(const Json &json)
 
 void complain(const std::string &text)
 {
+    std::fflush(stdout); // the library's reports come first
     std::fprintf(stderr, "cfgctl: %s\n", text.c_str());
 }
 
