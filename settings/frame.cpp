@@ -87,13 +87,27 @@ int to_int(const char *text)
     return number < INT_MIN ? INT_MIN : (int)number;
 }
 
+bool stored_text(const char *key, char *text, unsigned size, const char *function, int line)
+{
+    if (param_get(key, text, size) == 0)
+        return true;
+    printf("[%s %d] param_get fail\n", function, line);
+    return false;
+}
+
+bool put_setting(const char *key, const char *text, const char *function, int line)
+{
+    if (param_set(key, text) == 0)
+        return true;
+    printf("[%s %d] param_set fail\n", function, line);
+    return false;
+}
+
 bool stored_number(const char *key, uint32_t *value, const char *function, int line)
 {
     char text[VALUE_SIZE];
-    if (param_get(key, text, sizeof text) != 0) {
-        printf("[%s %d] param_get fail\n", function, line);
+    if (!stored_text(key, text, sizeof text, function, line))
         return false;
-    }
     *value = to_number(text, 10);
     return true;
 }

@@ -57,6 +57,13 @@ uint32_t to_number(const char *text, int base);
 // atoi, the same on both widths of `long`: what is beyond an int gives its limit.
 int to_int(const char *text);
 
+// The stored text of `key`. A failed read is reported for the caller as
+// "param_get fail" and leaves `text` as it was.
+bool stored_text(const char *key, char *text, unsigned size, const char *function, int line);
+
+// Stores a text; a refusal is reported for the caller as "param_set fail".
+bool put_setting(const char *key, const char *text, const char *function, int line);
+
 // First half of a restorer: the stored number of `key`, base 10. A failed read
 // is reported for the caller as "param_get fail".
 bool stored_number(const char *key, uint32_t *value, const char *function, int line);

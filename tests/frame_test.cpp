@@ -32,6 +32,24 @@ TEST_F(FrameTest, IntegersAreTheSameOnBothWordWidths)
     EXPECT_EQ(to_int("-99999999999999999999999"), INT32_MIN);
 }
 
+TEST_F(FrameTest, RefusalsOfTheStoreAreReportedForTheCaller)
+{
+    char text[4] = "was";
+    refused = {"set key"};
+    const Outcome fail = observe([&] {
+        return stored_text("key", text, sizeof text, "caller", 7) ||
+               put_setting("key", "value", "caller", 8);
+    });
+    EXPECT_EQ(fail.result, 0);
+    EXPECT_EQ(fail.out, "[caller #] param_get fail\n[caller #] param_set fail\n");
+    EXPECT_STREQ(text, "was");
+
+    refused.clear();
+    EXPECT_TRUE(put_setting("key", "value", "caller", 9));
+    EXPECT_TRUE(stored_text("key", text, sizeof text, "caller", 9));
+    EXPECT_STREQ(text, "val");
+}
+
 TEST_F(FrameTest, FormatTellsACutTextAndTerminatesIt)
 {
     char buffer[4] = "xxx";
