@@ -373,6 +373,116 @@ CFG_API int cfg_setDeviceStatus(uint8_t status);
 CFG_API uint8_t cfg_getDeviceStatus(void);
 
 /* ======================================================================
+ * Upload
+ * ====================================================================== */
+
+/*
+ * The upload daemon smbu copies recordings to a network share. It is told what
+ * to do by signals on the System V queue with key 0x20130005 and by account
+ * records on the queue with key 0x20130003. The first post makes a queue, with
+ * permissions 0666; a post never waits, and one that does not fit is lost.
+ *
+ * A signal is a `long` type, the code, and 4 bytes: time() in seconds.
+ *     1 wake up           2 new event
+ *     5, 6 stop           7 switched on           8 started with new settings
+ * An account record is a `long` type, 1, and 272 bytes, zero but for
+ *     at 0    the code 11, 16 bits
+ *     at 12   the stored "gdu_account", at most 255 characters
+ *
+ * "cifs_mode" is a digit: 0 off; 1 on; 2 on, and told of events; 3 left to
+ * itself, neither started nor woken from here. Nothing is reported: what the
+ * store or a queue refuses is passed over.
+ */
+
+/*
+ * The upload mode: the first character of the stored "cifs_mode" as a number,
+ * 0 when there is none.
+ */
+CFG_API int smbu_status(void);
+
+/*
+ * Whether the daemon runs: 1 when the process whose pid is in
+ * /var/run/smbu.pid has "smbu" in the first 32 characters of its program name,
+ * else 0.
+ */
+CFG_API int smbu_exist(void);
+
+/*
+ * Wakes the daemon with signal 1; in mode 0 or 3 does nothing. One that does
+ * not run is started first with "smbu", which blocks until the daemon has put
+ * itself in the background, and given a second.
+ * Always returns 0.
+ */
+CFG_API int smbu_wake_up(void);
+
+/*
+ * Tells the daemon of a new event with signal 2, in mode 2 only. Starts it as
+ * smbu_wake_up does.
+ * Always returns 0.
+ */
+CFG_API int smbu_event_notify(void);
+
+/*
+ * Sends a running daemon signal 6 and waits one second. It need not have ended
+ * by then.
+ * Always returns 0.
+ */
+CFG_API int smbu_force_stop(void);
+
+/*
+ * Stores what is given and brings the daemon in line with it.
+ *
+ * user, pass, target, mode, size
+ *         texts for "cifs_user", "cifs_pass", "cifs_target", "cifs_mode" and
+ *         "cifs_size", stored as they are; NULL leaves a setting as it was
+ *
+ * A running daemon is stopped before it is given another user, pass or target:
+ * by signal 5 when `mode` is a text of the value 0, else by 6. Until it has
+ * ended, without limit, "Wait smbu is terminated" (no bracket) is printed once
+ * a second. Without `mode` it is then started again, unless the old mode was 0
+ * or 3.
+ *
+ * A `mode` that is neither NULL nor empty is then applied:
+ *     1, 2         posts the account record; a running daemon is sent 7
+ *     0            a running daemon is sent 5 and given 5 seconds
+ *     not 0 or 3   starts a daemon that does not run, and sends it 7 when the
+ *                  old mode was 0
+ * A change to or from mode 2 is told to the recorder: cfg_setRec with command
+ * 0, then 1, both without parameters.
+ *
+ * Every start runs "smbu &", waits one second and ends with signal 8.
+ * Always returns 0.
+ */
+CFG_API int smbu_set_config(const char *user, const char *pass, const char *target,
+                            const char *mode, const char *size);
+
+/*
+ * Reads the stored settings but the password, and whether the share is mounted.
+ *
+ * user, target, mode, size
+ *          each with the bytes it has room for; a longer value is cut. NULL or
+ *          a length below 1: not wanted. One that cannot be read stays as it
+ *          was.
+ * mounted  receives 1 when "cat /proc/mounts | grep /mnt/cifs" prints anything,
+ *          else 0; NULL: not wanted
+ *
+ * Always returns 0.
+ */
+CFG_API int smbu_get_config(char *user, int user_len, char *target, int target_len, char *mode,
+                            int mode_len, char *size, int size_len, int *mounted);
+
+/*
+ * Leaves the daemon a job: to recover the recording `path` (with a "/"). The
+ * job is an empty file (0644), /mnt/sdcard/video/.smbu/NAME.rcy, with the
+ * recording's name up to its last "."; for a name without one it is
+ * /mnt/sdcard/video/.rcy. The folder is not made here.
+ *
+ * Returns 0, also when the job is there already; -1 when it cannot be made, or
+ * when its path would be longer than 127 characters.
+ */
+CFG_API int smbu_add_recovery_job(const char *path);
+
+/* ======================================================================
  * Firmware: board identity
  * ====================================================================== */
 

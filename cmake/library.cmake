@@ -8,7 +8,8 @@ add_library(cfg_set
     firmware/board.cpp
     settings/audio.cpp
     settings/frame.cpp
-    settings/messages.cpp)
+    settings/messages.cpp
+    upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 
 target_include_directories(cfg_set

@@ -24,6 +24,7 @@ unsigned sleep_left;
 time_t clock_now;
 std::map<std::string, int> failing;
 void *failed_address;
+std::function<void()> on_sleep;
 
 static std::map<FILE *, pid_t> pipes;
 
@@ -48,6 +49,7 @@ void LibraryTest::SetUp()
     clock_now = 0;
     failing.clear();
     failed_address = nullptr;
+    on_sleep = nullptr;
 }
 
 // A shell with `line`; its standard output goes to `output` when there is one.
@@ -128,21 +130,25 @@ int pclose(FILE *stream)
 unsigned sleep(unsigned seconds)
 {
     calls.push_back("sleep " + std::to_string(seconds));
+    if (on_sleep)
+        on_sleep();
     return sleep_left;
+}
+
+time_t time(time_t *result)
+{
+    timespec clock{clock_now, 0};
+    if (clock_now == 0)
+        clock_gettime(CLOCK_REALTIME, &clock);
+    if (result)
+        *result = clock.tv_sec;
+    return clock.tv_sec;
 }
 
 int usleep(useconds_t microseconds)
 {
     calls.push_back("usleep " + std::to_string(microseconds));
     return 0;
-}
-
-time_t time(time_t *result)
-{
-    const time_t now = clock_now ? clock_now : real<time_t(time_t *)>("time")(nullptr);
-    if (result)
-        *result = now;
-    return now;
 }
 
 int semget(key_t key, int count, int flags)
@@ -201,8 +207,8 @@ int param_get(const char *key, char *buffer, unsigned size)
 
 int param_set(const char *key, const char *text)
 {
-    calls.push_back(std::string("set ") + key + "=" + text);
-    if (refused.count(std::string("set ") + key))
+    calls.push_back(std::string("set ") + key + "=" + (text ? text : "(null)"));
+    if (!text || refused.count(std::string("set ") + key))
         return -1;
     store[key] = text;
     return 0;
@@ -217,6 +223,8 @@ int param_save()
 int param_unset(const char *key)
 {
     calls.push_back(std::string("unset ") + key);
+    if (refused.count(std::string("unset ") + key))
+        return -1;
     store.erase(key);
     return 0;
 }

@@ -17,7 +17,7 @@ namespace doubles
 extern std::vector<std::string> calls;
 
 // The parameter store, and the operations that it refuses: "get KEY",
-// "set KEY", "save".
+// "set KEY", "unset KEY", "save".
 extern std::map<std::string, std::string> store;
 extern std::set<std::string> refused;
 
@@ -27,8 +27,9 @@ extern int popen_error;
 // Whether system runs the line for real; else it only records it.
 extern bool run_commands;
 
-// What sleep returns.
+// What sleep returns, and what happens while it sleeps.
 extern unsigned sleep_left;
+extern std::function<void()> on_sleep;
 
 // What time returns; 0 asks the real clock.
 extern time_t clock_now;
