@@ -21,8 +21,9 @@
  *    (cfg_set...) applies a value to the device and leaves the store alone. A
  *    saver (cfg_save...) checks, stores, commits and applies. A restorer
  *    (cfg_restore...) reads the stored value and applies it, once at start-up.
- *    Only cfg_saveMicEnable commits the store: after any other change the
- *    caller calls param_save itself.
+ *    The app's records (..._set_config and the like) are stored by their
+ *    setters. Only cfg_saveMicEnable commits the store: after any other change
+ *    the caller calls param_save itself.
  *
  * 4. Stored numbers. Decimal text of at most 255 characters. Trailing
  *    characters are ignored ("1x" is 1), text without digits is 0, and a
@@ -47,8 +48,9 @@
  *    blocks SIGCHLD and ignores SIGINT and SIGQUIT while a command runs.
  *
  * 8. Memory. Every buffer is the caller's or lives in the called function's
- *    frame (under 2 KB). Nothing is allocated for the caller and no descriptor
- *    stays open; the C library's own streams allocate while they are open.
+ *    frame (under 2 KB, but for the viewer list). Only str_replace allocates
+ *    for the caller. No descriptor stays open; the C library's own streams
+ *    allocate while they are open.
  *
  * The firmware supplies the platform functions declared in platform/.
  */
@@ -519,6 +521,331 @@ CFG_API int cfg_is_audio_differential(void); /* bit 10 */
  * the life of the process.
  */
 CFG_API int cfg_check_eth_support_by_hwver(void);
+
+/* ======================================================================
+ * Records: schedules and alarm clocks
+ * ====================================================================== */
+
+/*
+ * What the app edits: lists of schedules (nine) and alarm clocks (seven). An
+ * entry of the list is a text under a key of its own, "sched00" and on,
+ * "clock00" and on; the first key that is empty or cannot be read ends the
+ * list. Setters store what they are given: check first.
+ */
+
+/* Stored as "%d,%d,%d,%d,%d,%d,%d", in this order. */
+struct sched_entry {
+    uint32_t enable;    /* 0 or 1 */
+    int32_t param1;     /* the controller's own, not checked */
+    int32_t param2;     /* likewise */
+    uint32_t starttime; /* minute of the day, 0 to 1440 */
+    uint32_t stoptime;  /* likewise; may lie before starttime */
+    uint32_t days;      /* days of the week, a bit each, 0 to 127 */
+    uint32_t repeat;    /* 0 or 1 */
+};
+
+/* Stored as "%d,%d,%d,%s", in this order, in at most 511 characters. */
+struct alarm_clock_entry {
+    uint32_t enable;    /* 0 or 1 */
+    uint32_t wday;      /* days of the week, a bit each, 0 to 127 */
+    uint32_t starttime; /* minute of the day, 0 to 1440 */
+    char text[512];     /* ends at a line feed when it is read back; not checked */
+};
+
+/*
+ * Checks `count` entries of `list` in order.
+ * Returns 0, or the first failure's result:
+ *     -1 after "invalid sched enable VALUE"
+ *     -2 after "invalid sched starttime VALUE"
+ *     -3 after "invalid sched stoptime VALUE"
+ *     -4 after "invalid sched days VALUE"
+ *     -5 after "invalid sched repeat VALUE"
+ */
+CFG_API int sched_check_config(int count, const struct sched_entry *list);
+
+/*
+ * Empties sched00 to sched08, stores `count` entries of `list` from sched00 on
+ * and runs "killall -35 ctrl_sched", on which the controller reads the list
+ * anew. Entries behind the ninth are stored too, but no later call empties
+ * their keys.
+ *
+ * A failed store ends the list after "param_set fail"; the command still runs.
+ * More than 100 entries have no keys: "invalid count COUNT", and nothing is
+ * emptied, stored or run. Always returns 0.
+ */
+CFG_API int sched_set_config(int count, const struct sched_entry *list);
+
+/*
+ * Reads the list.
+ *
+ * count  the entries that `list` has room for; receives the number read
+ * list   receives them. Stored numbers that int cannot hold become the nearest
+ *        that it can; fields that a stored text does not reach, and entries
+ *        behind the last, stay as they were.
+ *
+ * Always returns 0, after "param_get fail" when a key that cannot be read ended
+ * the list before its room did.
+ */
+CFG_API int sched_get_config(int *count, struct sched_entry *list);
+
+/*
+ * Checks `count` entries of `list` in order.
+ * Returns 0, or the first failure's result:
+ *     -1 after "invalid sched enable VALUE" (sic)
+ *     -2 after "invalid alarm clock wday VALUE"
+ *     -32 after "invalid alarm clock starttime VALUE"
+ */
+CFG_API int alarm_check_config(int count, const struct alarm_clock_entry *list);
+
+/*
+ * As sched_set_config, with clock00 to clock06 and "killall -SIGUSR1  alarm",
+ * for the alarm daemon. When the text of any entry is too long to be stored:
+ * "invalid alarm clock text", and nothing is emptied, stored or run.
+ * Always returns 0.
+ */
+CFG_API int alarm_set_config(int count, const struct alarm_clock_entry *list);
+
+/*
+ * As sched_get_config. A text may hold commas; an empty one leaves `text` as it
+ * was. Always returns 0.
+ */
+CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
+
+/* ======================================================================
+ * Records: viewers
+ * ====================================================================== */
+
+/*
+ * Who may look through the camera: up to ten viewers, each a text under a key
+ * of its own, "viewer_list_00" and on; the first key that is empty or cannot be
+ * read ends the list. Stored as "%s,%s,%s,%s", in the order of the fields, in
+ * at most 255 characters.
+ *
+ * Fields are stored as they are given. A comma or a line feed in one of the
+ * first three, a blank in `once`, or an empty field makes the entry another
+ * when it is read back, and is the caller's to refuse.
+ *
+ * Reports of these functions begin "[cfg_set FUNCTION LINE] ". They hold
+ * passcodes and credentials. Some 5 KB of stack are used.
+ */
+struct viewer_entry { /* 355 bytes, without gaps */
+    char name[256];   /* what tells viewers apart; upper and lower case differ */
+    char passcode[32];
+    char credential[64];
+    char once[3]; /* a decimal number */
+};
+
+/*
+ * Reads the list.
+ *
+ * count  receives the number of entries
+ * list   room for 10. A stored field that is too long for its place is cut;
+ *        fields that the stored text does not reach, and entries behind the
+ *        last, stay as they were.
+ *
+ * Prints "name        = NAME", "passcode    = PASSCODE",
+ * "credential  = CREDENTIAL", "once        = ONCE" and "buf         = STORED" for
+ * each, and "param_get fail" for the key that cannot be read. Always returns 0.
+ */
+CFG_API int viewer_get_config(uint8_t *count, struct viewer_entry *list);
+
+/*
+ * Stores `count` entries of `list` from viewer_list_00 on. Keys behind them
+ * stay as they are.
+ *
+ * Prints "nvram   = KEY" and "buf     = VALUE" for each. A failed store ends
+ * the list after "param_set fail". When any entry is too long to be stored:
+ * "viewer is too long", and nothing is stored. Always returns 0.
+ */
+CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
+
+/*
+ * Adds a viewer behind the last, then tells the relay (msg2relay, command 1).
+ *
+ * Returns 0 after "add new viewer to nvram n = COUNT", COUNT being how many
+ * there were, and "add new viewer to relay server db."; before the latter
+ * "add new viewer to relay failed." when the relay refuses, which leaves the
+ * viewer in the store.
+ *
+ * Nothing is stored or told, and the result is
+ *     0 after "viewer has been in viewerlist": one of the name is kept as it is
+ *     10 after "Viewer List (10) has achieved Max number"
+ *     -1 after "viewer is too long": the entry, or one of the list, could not
+ *        be stored whole
+ */
+CFG_API int viewer_add_config(const struct viewer_entry *entry);
+
+/*
+ * Removes every viewer whose name is that of `entry`. The relay is told first
+ * (msg2relay, command 2, with the fields of `entry`), then all keys of the list
+ * are emptied and the rest is stored from viewer_list_00 on.
+ *
+ * Prints "index i[INDEX] is not that viewer" for each that stays, and
+ * "deleted viewer has found:NAME" and "delete viewer from relay server success."
+ * for each that goes; before the latter "delete viewer from relay server failed."
+ * when the relay refuses, which keeps nobody in the store. Then
+ * "clear viewer  in nvram:KEY" for each key, or "viewer has not been in
+ * viewerlist:COUNT" when nobody has the name. When a viewer that stays could
+ * not be stored whole: "viewer is too long", and nothing is told or changed.
+ * Always returns 0.
+ */
+CFG_API int viewer_del_config(const struct viewer_entry *entry);
+
+/* ======================================================================
+ * Records: sounds
+ * ====================================================================== */
+
+/*
+ * The sounds that the camera plays, as paths of at most 255 characters.
+ *
+ * A path that begins with "/audio/" is built in and taken as it is. Any other
+ * is first checked: 'AudioCheck 32000 "PATH"' is run and its reply, the first
+ * three characters of its first line, written to standard error as
+ * "LABEL: ret = [REPLY]". The file is refused when the reply begins with 1 or is
+ * -1, or after "LABEL: can't check file [PATH]" (standard error) when the
+ * command cannot be started. LABEL is the setter's name, but for the alarm
+ * sound "alarm_file_set_config". The check blocks until the command ends.
+ *
+ * The quotes of the command keep blanks together, but the shell still acts on
+ * ", $, ` and \ between them: the caller must not pass a path with any of these
+ * that it has not vetted itself.
+ *
+ * Setters return 0, also after "param_set fail"; -1 when the file is refused,
+ * or after "invalid path" when the path is too long for its place (100
+ * characters for one that is checked), with nothing run or stored. A NULL path
+ * is not checked and handed to the store as it is.
+ */
+
+/*
+ * Chooses the alert sound, "alert_file". "/audio/alarm.aac" becomes the alarm
+ * sound too and switches the greeting off ("alarm_audio", "greeting_enable" 0);
+ * any other becomes the greeting and switches that on ("greeting_audio",
+ * "greeting_enable" 1); NULL changes neither.
+ */
+CFG_API int alert_file_set_config(const char *path);
+
+/*
+ * Copies the stored "alert_file" to `dst`, at most `size` - 1 characters.
+ *
+ * The text is terminated only when it is shorter than that: pass a zero-filled
+ * buffer. Always returns 0, after "param_get fail" with `dst` as it was.
+ */
+CFG_API int alert_file_get_config(char *dst, size_t size);
+
+/*
+ * Chooses the greeting, "greeting_audio". Prints "sValue=[VALUE]" with the
+ * stored "greeting_enable" when that can be read; when it is not 0 the greeting
+ * becomes the alert sound too.
+ */
+CFG_API int greeting_file_set_config(const char *path);
+
+/* As alert_file_get_config, of "greeting_audio". */
+CFG_API int greeting_file_get_config(char *dst, size_t size);
+
+/* Chooses the alarm sound, "alarm_audio", which becomes the alert sound too. */
+CFG_API int alarm_audio_set_config(const char *path);
+
+/* As alert_file_get_config, of "alarm_audio". */
+CFG_API int alarm_audio_get_config(char *dst, size_t size);
+
+/*
+ * Stores the alert volume, "alert_vol".
+ *
+ * volume  decimal text, 0 to 2; any other stores 1, after
+ *         "FUNCTION:LINE error s_alert_vol = TEXT" on standard error
+ *
+ * Returns 0, also after "param_set fail"; -1 when `volume` is NULL.
+ */
+CFG_API int alert_file_set_vol(const char *volume);
+
+/*
+ * Puts the stored alert volume into `volume`: 0 to 2, and 1 for any other or,
+ * after "param_get fail", for none. The first argument is not used.
+ * Always returns 0.
+ */
+CFG_API int alert_file_get_vol(int unused, int *volume);
+
+/*
+ * A copy of `text` in which every `old` is replaced.
+ *
+ * old, replacement  NULL for either: a plain copy
+ *
+ * The search begins anew at the front of the text after each replacement, so
+ * that an `old` which a replacement completes is replaced too. When it could
+ * never end, because `replacement` holds `old` (or `old` is empty) and `text`
+ * does too, the result is NULL. A pair that feeds itself in a longer way, as
+ * "ab" and "bbaa", ends only when memory does: take neither from outside.
+ *
+ * Returns a string that the caller frees with free(), or NULL, also when memory
+ * runs out.
+ */
+CFG_API char *str_replace(const char *text, const char *old, const char *replacement);
+
+/* ======================================================================
+ * Records: feature switches
+ * ====================================================================== */
+
+/*
+ * Settings of features that daemons act on, stored as decimal text. All
+ * functions return 0, whatever happened. Setters store every key even after
+ * "param_set fail" for one before; getters read every key even after
+ * "param_get fail" for one before.
+ */
+
+/*
+ * The cloud folder: "nimbus_enable" (any number) and "nimbus_folderid" (as it
+ * is; nimbus_get_config reads at most 255 characters).
+ */
+CFG_API int nimbus_set_config(int enable, const char *folderid);
+
+/*
+ * enable    receives 1 when the stored text is just "1", else 0
+ * folderid  256 bytes; receives the stored text, empty when there is none
+ * status    receives the number in the first line of /tmp/.gdustatus, else 0
+ *
+ * Prints nothing.
+ */
+CFG_API int nimbus_get_config(int *enable, char *folderid, int *status);
+
+/*
+ * The status LED. 1 stores "led_disable" 1 and runs
+ * "killall -SIGUSR1 LEDCtrl"; any other value stores 0 and runs
+ * "killall -SIGUSR2 LEDCtrl".
+ */
+CFG_API int led_disable_set_config(int disable);
+
+/* `disable` receives the stored 0 or 1, and 0 for any other or none. */
+CFG_API int led_disable_get_config(int *disable);
+
+/*
+ * The clip of an alert.
+ *
+ * enable    "alert_vclip": 1, or 0 for any other value
+ * duration  "alert_vclip_duration": 5 to 720, or 7 for any other value
+ * prelude   "alert_vclip_prelude": 3 to 30, or 4 for any other value
+ */
+CFG_API int alert_vclip_set_config(int enable, int duration, int prelude);
+
+/*
+ * Reads them, with the same values for any other. Without a stored value
+ * `enable` is 0, `duration` 7, and `prelude` stays as it was.
+ */
+CFG_API int alert_vclip_get_config(int *enable, int *duration, int *prelude);
+
+/* Events: "event_s3_setting" and "event_push_setting", any numbers. */
+CFG_API int event_set_config(int s3_setting, int push_setting);
+
+/* Reads them; 0 without a stored value. */
+CFG_API int event_get_config(int *s3_setting, int *push_setting);
+
+/*
+ * The media server: "media_server_enable", "media_server_auth" and
+ * "kurento_max_video_level", any numbers.
+ */
+CFG_API int media_server_set_config(int enable, int auth, int max_video_level);
+
+/* Reads them; 0 without a stored value. */
+CFG_API int media_server_get_config(int *enable, int *auth, int *max_video_level);
 
 #ifdef __cplusplus
 }

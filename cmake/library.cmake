@@ -6,6 +6,11 @@ add_library(cfg_set
     events/status.cpp
     events/storage.cpp
     firmware/board.cpp
+    records/features.cpp
+    records/schedules.cpp
+    records/sounds.cpp
+    records/str_replace.cpp
+    records/viewers.cpp
     settings/audio.cpp
     settings/frame.cpp
     settings/messages.cpp

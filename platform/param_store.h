@@ -23,7 +23,8 @@ int param_get(const char *key, char *buffer, unsigned int size);
 
 /*
  * Puts `text` under `key` in the working copy, which every process sees at
- * once. It does not survive a restart before param_save.
+ * once. It does not survive a restart before param_save. A NULL `text` is
+ * refused; cfg_set hands on the one that a sound's setter is given.
  */
 int param_set(const char *key, const char *text);
 

@@ -25,6 +25,8 @@ time_t clock_now;
 std::map<std::string, int> failing;
 void *failed_address;
 std::function<void()> on_sleep;
+std::vector<viewer_relay_msg> relayed;
+int relay_result;
 
 static std::map<FILE *, pid_t> pipes;
 
@@ -50,6 +52,8 @@ void LibraryTest::SetUp()
     failing.clear();
     failed_address = nullptr;
     on_sleep = nullptr;
+    relayed.clear();
+    relay_result = 0;
 }
 
 // A shell with `line`; its standard output goes to `output` when there is one.
@@ -227,6 +231,13 @@ int param_unset(const char *key)
         return -1;
     store.erase(key);
     return 0;
+}
+
+int msg2relay(const viewer_relay_msg *message)
+{
+    calls.push_back("relay " + std::to_string(message->command) + " " + message->name);
+    relayed.push_back(*message);
+    return relay_result;
 }
 
 } // extern "C"

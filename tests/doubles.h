@@ -3,6 +3,7 @@
 #pragma once
 
 #include "harness.h"
+#include "platform/viewer_relay.h"
 
 #include <ctime>
 #include <map>
@@ -12,8 +13,8 @@ namespace doubles
 {
 
 // "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
-// "set KEY=VALUE", "unset KEY", "save", "shmget KEY SIZE FLAGS" (hexadecimal
-// key, octal flags).
+// "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME", "shmget KEY SIZE
+// FLAGS" (hexadecimal key, octal flags).
 extern std::vector<std::string> calls;
 
 // The parameter store, and the operations that it refuses: "get KEY",
@@ -38,6 +39,10 @@ extern time_t clock_now;
 // "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
 extern std::map<std::string, int> failing;
 extern void *failed_address;
+
+// What the viewer relay was given, and what it returns.
+extern std::vector<viewer_relay_msg> relayed;
+extern int relay_result;
 
 // The recorded calls that begin with `word`, without it.
 std::vector<std::string> recorded(const std::string &word);

@@ -1,6 +1,7 @@
 /* Stores and applies a setting, with a platform of the program's own. */
 #include <cfg_set.h>
 #include <cfg_set/platform/param_store.h>
+#include <cfg_set/platform/viewer_relay.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -27,6 +28,12 @@ int param_save(void)
 int param_unset(const char *key)
 {
     (void)key;
+    return 0;
+}
+
+int msg2relay(const struct viewer_relay_msg *message)
+{
+    (void)message;
     return 0;
 }
 

@@ -1,0 +1,39 @@
+#include "cfg_set.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+// A new string: `text` with the `old_length` bytes at `found` in it replaced.
+static char *replaced(const char *text, const char *found, size_t old_length,
+                      const char *replacement)
+{
+    const size_t before = (size_t)(found - text);
+    const size_t length = strlen(replacement);
+    const size_t after = strlen(found + old_length) + 1; // with the terminator
+    char *result = (char *)malloc(before + length + after);
+    if (!result)
+        return nullptr;
+    memcpy(result, text, before);
+    memcpy(result + before, replacement, length);
+    memcpy(result + before + length, found + old_length, after);
+    return result;
+}
+
+char *str_replace(const char *text, const char *old, const char *replacement)
+{
+    // What the replacement brings back, an empty text included, never ends.
+    if (old && replacement && strstr(text, old) && strstr(replacement, old))
+        return nullptr;
+    char *copy = strdup(text);
+    if (!old || !replacement)
+        return copy;
+    while (copy) {
+        const char *found = strstr(copy, old);
+        if (!found)
+            break;
+        char *next = replaced(copy, found, strlen(old), replacement);
+        free(copy);
+        copy = next;
+    }
+    return copy;
+}

@@ -1,0 +1,191 @@
+#include "settings/frame.h"
+
+#include "platform/viewer_relay.h"
+
+#include <string.h>
+
+constexpr uint8_t VIEWERS_MAX = 10;
+constexpr int LIST_IS_FULL = 10; // result of viewer_add_config
+constexpr size_t KEY_SIZE = 32;
+
+static_assert(sizeof(viewer_entry) == 355, "viewer_entry");
+static_assert(sizeof(viewer_relay_msg) == 360, "viewer_relay_msg");
+static_assert(offsetof(viewer_relay_msg, passcode) == 260, "passcode");
+static_assert(offsetof(viewer_relay_msg, credential) == 292, "credential");
+static_assert(offsetof(viewer_relay_msg, once) == 356, "once");
+
+// A field as an argument of "%.*s": its terminator is the caller's promise.
+#define FIELD(field) (int)sizeof(field), (field)
+
+static void slot_key(char *key, int slot)
+{
+    format(key, KEY_SIZE, "viewer_list_%02d", slot);
+}
+
+// The stored form of an entry; false when it does not fit.
+static bool viewer_value(const struct viewer_entry *entry, char *value)
+{
+    return format(value, VALUE_SIZE, "%.*s,%.*s,%.*s,%.*s", FIELD(entry->name),
+                  FIELD(entry->passcode), FIELD(entry->credential), FIELD(entry->once));
+}
+
+static bool is_named(const struct viewer_entry *entry, const char *name)
+{
+    return strncmp(entry->name, name, sizeof entry->name) == 0;
+}
+
+// Whether every entry, but those named `without` (or none), can be stored.
+static bool storable(uint8_t count, const struct viewer_entry *list, const char *without)
+{
+    char value[VALUE_SIZE];
+    for (uint8_t i = 0; i < count; i++) {
+        if (without && is_named(&list[i], without))
+            continue;
+        if (!viewer_value(&list[i], value))
+            return false;
+    }
+    return true;
+}
+
+// Each field is cut to its place; those that the text does not reach stay as
+// they are.
+static void scan_viewer(const char *value, struct viewer_entry *entry)
+{
+    char name[VALUE_SIZE];
+    char passcode[VALUE_SIZE];
+    char credential[VALUE_SIZE];
+    char once[VALUE_SIZE];
+    const int fields = sscanf(value, "%255[^,\n],%255[^,\n],%255[^,\n],%255s", name, passcode,
+                              credential, once);
+    if (fields >= 1)
+        format(entry->name, sizeof entry->name, "%s", name);
+    if (fields >= 2)
+        format(entry->passcode, sizeof entry->passcode, "%s", passcode);
+    if (fields >= 3)
+        format(entry->credential, sizeof entry->credential, "%s", credential);
+    if (fields >= 4)
+        format(entry->once, sizeof entry->once, "%s", once);
+}
+
+static int tell_relay(int32_t command, const struct viewer_entry *entry)
+{
+    viewer_relay_msg message = {};
+    message.command = command;
+    format(message.name, sizeof message.name, "%.*s", FIELD(entry->name));
+    format(message.passcode, sizeof message.passcode, "%.*s", FIELD(entry->passcode));
+    format(message.credential, sizeof message.credential, "%.*s", FIELD(entry->credential));
+    char once[sizeof entry->once + 1];
+    format(once, sizeof once, "%.*s", FIELD(entry->once));
+    message.once = to_int(once);
+    return msg2relay(&message);
+}
+
+int viewer_get_config(uint8_t *count, struct viewer_entry *list)
+{
+    uint8_t read = 0;
+    for (; read < VIEWERS_MAX; read++) {
+        viewer_entry *entry = &list[read];
+        char key[KEY_SIZE];
+        slot_key(key, read);
+        char value[VALUE_SIZE] = "";
+        if (param_get(key, value, sizeof value) != 0) {
+            REPORT_MODULE("param_get fail");
+            break;
+        }
+        if (!*value)
+            break;
+        scan_viewer(value, entry);
+        REPORT_MODULE("name        = %.*s", FIELD(entry->name));
+        REPORT_MODULE("passcode    = %.*s", FIELD(entry->passcode));
+        REPORT_MODULE("credential  = %.*s", FIELD(entry->credential));
+        REPORT_MODULE("once        = %.*s", FIELD(entry->once));
+        REPORT_MODULE("buf         = %s", value);
+    }
+    *count = read;
+    return 0;
+}
+
+int viewer_set_config(uint8_t count, const struct viewer_entry *list)
+{
+    if (!storable(count, list, nullptr)) {
+        REPORT_MODULE("viewer is too long");
+        return 0;
+    }
+    for (uint8_t i = 0; i < count; i++) {
+        char key[KEY_SIZE];
+        slot_key(key, i);
+        char value[VALUE_SIZE];
+        viewer_value(&list[i], value);
+        REPORT_MODULE("nvram   = %s", key);
+        REPORT_MODULE("buf     = %s", value);
+        if (param_set(key, value) != 0) {
+            REPORT_MODULE("param_set fail");
+            break;
+        }
+    }
+    return 0;
+}
+
+int viewer_add_config(const struct viewer_entry *entry)
+{
+    viewer_entry list[VIEWERS_MAX] = {};
+    uint8_t count;
+    viewer_get_config(&count, list);
+    if (count == VIEWERS_MAX) {
+        REPORT_MODULE("Viewer List (%d) has achieved Max number", count);
+        return LIST_IS_FULL;
+    }
+    for (uint8_t i = 0; i < count; i++) {
+        if (is_named(&list[i], entry->name)) {
+            REPORT_MODULE("viewer has been in viewerlist");
+            return 0;
+        }
+    }
+    list[count] = *entry;
+    if (!storable((uint8_t)(count + 1), list, nullptr)) {
+        REPORT_MODULE("viewer is too long");
+        return -1;
+    }
+    viewer_set_config((uint8_t)(count + 1), list);
+    REPORT_MODULE("add new viewer to nvram n = %d", count);
+    if (tell_relay(VIEWER_RELAY_ADD, entry) != 0)
+        REPORT_MODULE("add new viewer to relay failed.");
+    REPORT_MODULE("add new viewer to relay server db.");
+    return 0;
+}
+
+int viewer_del_config(const struct viewer_entry *entry)
+{
+    viewer_entry list[VIEWERS_MAX] = {};
+    uint8_t count;
+    viewer_get_config(&count, list);
+    uint8_t kept = 0;
+    for (uint8_t i = 0; i < count; i++) {
+        if (!is_named(&list[i], entry->name)) {
+            REPORT_MODULE("index i[%d] is not that viewer", i);
+            list[kept++] = list[i];
+            continue;
+        }
+        // Before anything is told or cleared: the rest must go back whole.
+        if (!storable(count, list, entry->name)) {
+            REPORT_MODULE("viewer is too long");
+            return 0;
+        }
+        REPORT_MODULE("deleted viewer has found:%s", list[i].name);
+        if (tell_relay(VIEWER_RELAY_DELETE, entry) != 0)
+            REPORT_MODULE("delete viewer from relay server failed.");
+        REPORT_MODULE("delete viewer from relay server success.");
+    }
+    if (kept == count) {
+        REPORT_MODULE("viewer has not been in viewerlist:%d", count);
+        return 0;
+    }
+    for (uint8_t i = 0; i < count; i++) {
+        char key[KEY_SIZE];
+        slot_key(key, i);
+        REPORT_MODULE("clear viewer  in nvram:%s", key);
+        param_unset(key);
+    }
+    viewer_set_config(kept, list);
+    return 0;
+}
