@@ -3,7 +3,6 @@
 // file of zeros (2 bytes place, 4 bytes value each).
 
 #include "events/storage.h"
-#include "platform/param_store.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -30,12 +29,6 @@ extern "C" int system(const char *line)
         abort();
     removals++;
     return unlink(EVENT_QUEUE_FILE);
-}
-
-// The ring asks the store for nothing.
-extern "C" int param_get(const char *, char *, unsigned)
-{
-    abort();
 }
 
 static void require(bool condition)
