@@ -137,6 +137,19 @@ CFG_API int cfg_sendMsg(const struct daemon_message *message);
  */
 CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
 
+/*
+ * What else the library posts (parameter unused and value 0 unless given):
+ *
+ *     type  command  means                         posted by
+ *     1     7        privacy, value 1 on, 0 off    cfg_setPrivacyEvent
+ *     2     2, 3     PIR detection on, off         cfg_setPirEnable
+ *     2     4, 5     privacy mode entered, left    cfg_setPirPrivacyMode
+ *     4     3        sensitivity, param "0" to "2" cfg_setVolumeDetectSensitivity
+ *     4     4, 5     sound detection on, off       cfg_setVolumeDetect
+ *     4     6, 7     privacy mode entered, left    cfg_setVolumeDetectPrivacyMode
+ *     7     5, 7     privacy mode entered, left    cfg_set_privacy
+ */
+
 /* ======================================================================
  * Settings: audio
  * ====================================================================== */
@@ -254,6 +267,354 @@ CFG_API int voice_prompt(const char *name);
  * the path is NULL or too long, with nothing run.
  */
 CFG_API int alert(const char *path);
+
+/* ======================================================================
+ * Settings: detection and alerts
+ * ====================================================================== */
+
+/*
+ * Switches PIR (passive infrared) detection.
+ *
+ * on  0 off, anything else on
+ *
+ * Posts its message, then sends signal 38 to the motion-tracking engine, the
+ * process that /var/run/GMMdVideo.pid names; a pid that is not positive is not
+ * signalled. Returns 0, also after "notify motion tracking engine fail" when
+ * that file cannot be opened; -1 after cfg_sendMsg's report and
+ * "cfg_sendMsg fail", with nothing signalled.
+ */
+CFG_API int cfg_setPirEnable(uint32_t on);
+
+/*
+ * Tell the PIR daemon, the privacy listener and the sound daemon of the privacy
+ * mode: 0 left, anything else entered. Each posts one message.
+ * Return 0; -1 after cfg_sendMsg's report and "cfg_sendMsg fail", which for
+ * cfg_setPrivacyEvent reads "cfg_setPrivacyEvent fail".
+ */
+CFG_API int cfg_setPirPrivacyMode(uint32_t on);
+CFG_API int cfg_setPrivacyEvent(uint32_t on);
+CFG_API int cfg_setVolumeDetectPrivacyMode(uint32_t on);
+
+/*
+ * Switches sound detection (0 off, anything else on), and sets its sensitivity
+ * (any level, posted modulo 3). Each posts one message.
+ * Return 0; -1 after cfg_sendMsg's report and "cfg_sendMsg fail".
+ */
+CFG_API int cfg_setVolumeDetect(uint32_t on);
+CFG_API int cfg_setVolumeDetectSensitivity(uint32_t level);
+
+/*
+ * Apply the stored "alert_pir_enable" with cfg_setPirEnable and the stored
+ * "alert_audio_enable" with cfg_setVolumeDetect. A board whose serial number
+ * reads exactly B2 or D1 cannot have them on: 0 is then stored (not committed)
+ * and applied. Any other board, also one that cannot be queried, applies what
+ * is stored. Block for the board query.
+ * Return 0; -1 after "param_get fail" or "cfg_setPirEnable fail",
+ * "cfg_setVolumeDetect fail".
+ */
+CFG_API int cfg_restorePirEnable(void);
+CFG_API int cfg_restoreVolumeDetect(void);
+
+/*
+ * Applies the stored "alert_audio_sensitivity" with
+ * cfg_setVolumeDetectSensitivity.
+ * Returns 0; -1 after "param_get fail" or
+ * "cfg_setVolumeDetectSensitivity fail".
+ */
+CFG_API int cfg_restoreVolumeDetectSensitivity(void);
+
+/*
+ * Alert channels live in the store alone; the daemons read them there. These
+ * do nothing and return 0 for every value (an account may be NULL).
+ */
+CFG_API int cfg_setMotionTrackEnable(uint32_t value);
+CFG_API int cfg_setAlertAppEnable(uint32_t value);
+CFG_API int cfg_setAlertVideoCallEnable(uint32_t value);
+CFG_API int cfg_setAlertVideoCallAccount(const char *account);
+CFG_API int cfg_setAlertEmailEnable(uint32_t value);
+CFG_API int cfg_setAlertEmailAccount(const char *account);
+
+/*
+ * Type and chat depend on each other: the first asks whether the stored
+ * "alert_chat_enable" can be read, the second, for any value but 0, whether
+ * "alert_type" can. Neither looks further at its value or changes anything.
+ * Return 0; -1 after "param_get fail".
+ */
+CFG_API int cfg_setAlertType(uint32_t value);
+CFG_API int cfg_setAlertChatEnable(uint32_t value);
+
+/*
+ * Apply the stored "alert_type" with cfg_setAlertType and "alert_chat_enable"
+ * with cfg_setAlertChatEnable.
+ * Return 0; -1 after "param_get fail" or "cfg_setAlertType fail",
+ * "cfg_setAlertChatEnable fail".
+ */
+CFG_API int cfg_restoreAlertType(void);
+CFG_API int cfg_restoreAlertChatEnable(void);
+
+/*
+ * Read "alert_motion_track_enable", "alert_app_enable",
+ * "alert_video_call_enable", "alert_call_account", "alert_email_enable" and
+ * "alert_email_account", and apply nothing.
+ * Return 0; -1 after "param_get fail".
+ */
+CFG_API int cfg_restoreMotionTrackEnable(void);
+CFG_API int cfg_restoreAlertAppEnable(void);
+CFG_API int cfg_restoreAlertVideoCallEnable(void);
+CFG_API int cfg_restoreAlertVideoCallAccount(void);
+CFG_API int cfg_restoreAlertEmailEnable(void);
+CFG_API int cfg_restoreAlertEmailAccount(void);
+
+/* ======================================================================
+ * Settings: image and lights
+ * ====================================================================== */
+
+/*
+ * Sets the infrared illumination.
+ *
+ * mode  0, 1 or 2 writes "0", "2" or "3", with its NUL, to /proc/ir_mode; any
+ *       other opens the file and writes nothing
+ *
+ * Always returns 0, also when the file cannot be opened. Prints nothing.
+ */
+CFG_API int cfg_setIrEnable(int mode);
+
+/*
+ * Applies the stored "io_ir_enable" with cfg_setIrEnable.
+ * Returns 0; -1 after "param_get fail".
+ */
+CFG_API int cfg_restoreIrEnable(void);
+
+/*
+ * What /proc/ir_mode reads (the driver's number: 0, 2 or 3); 2 when it cannot
+ * be opened. Prints nothing.
+ */
+CFG_API int ir_mode(void);
+
+/*
+ * The hardware version: the hexadecimal number at the start of what
+ * "board hwver" prints, of which 15 characters count. 0 when it prints nothing
+ * or cannot be started. Blocks until the command ends; prints nothing.
+ */
+CFG_API uint32_t cfg_get_hw_ver(void);
+
+/*
+ * Turns the image: runs "demo_MXTurnVideo_ 3 &" for 0 and
+ * "demo_MXTurnVideo_ 0 &" for any other value. Does not wait for the command.
+ * Always returns 0. Prints nothing.
+ */
+CFG_API int cfg_setVideoOrientation(uint32_t value);
+
+/*
+ * Applies the stored "io_video_orientation" with cfg_setVideoOrientation; on
+ * boards of hardware version 56CA stores 0 there first (not committed).
+ * Returns 0; -1 after "param_get fail". Blocks for the board query.
+ */
+CFG_API int cfg_restoreVideoOrientation(void);
+
+/*
+ * Switches backlight compensation (0 off, anything else on) with two commands:
+ * one writes 1 or 0 to /proc/backlight, one sets saturation, dynamic range and
+ * contrast of the image processor under /proc/isp320.
+ * Always returns 0. Prints nothing of its own.
+ */
+CFG_API int cfg_setBacklightCompensation(uint32_t value);
+
+/*
+ * Applies the stored "io_backlight_compensation" with
+ * cfg_setBacklightCompensation.
+ * Returns 0; -1 after "param_get fail".
+ */
+CFG_API int cfg_restoreBacklightCompensation(void);
+
+/*
+ * Switches night mode: writes the character 1 to /proc/night_mode, 0 for an
+ * `on` of 0. Always returns 0, also when the file cannot be opened. Prints
+ * nothing.
+ */
+CFG_API int night_mode(uint32_t on);
+
+/*
+ * What /proc/night_mode and /proc/light_sensor read; 0 when they cannot be
+ * opened. Print nothing.
+ */
+CFG_API int in_night_mode(void);
+CFG_API int light_sensor(void);
+
+/*
+ * Whether the board has the WLED (bit 4 of the hardware version) and the Rlamp
+ * (bit 6). Each runs "board hwver" and returns 1 or 0; 0 after
+ * cfg_getBoardInfo's report when the board cannot be queried.
+ */
+CFG_API int cfg_isWLEDVersion(void);
+CFG_API int cfg_isRlampVersion(void);
+
+/*
+ * Drives the WLED, whether or not the board has one.
+ *
+ * mode  0 to 2: written to /proc/wled_mode as a digit with its NUL; 3: the
+ *       same, but only while the lamp is in mode 1; any other: nothing written
+ *
+ * Returns 0 when the file was written, EOF when its closing failed, and the
+ * (positive) length of the report after "open /proc/wled_mode file fail".
+ */
+CFG_API int wled_mode(uint32_t mode);
+
+/*
+ * Sets the WLED with wled_mode; a mode above 2 is ignored.
+ * Always returns 0.
+ */
+CFG_API int cfg_setWLEDEnable(uint32_t mode);
+
+/*
+ * Applies the stored "wled_mode" with cfg_setWLEDEnable.
+ * Returns 0; -1 after "param_get fail", and without a report of its own when
+ * the board has no WLED.
+ */
+CFG_API int cfg_restoreWLEDEnable(void);
+
+/*
+ * Drives the Rlamp, whether or not the board has one.
+ *
+ * mode  0 to 2: written to /proc/rlamp_mode as one digit; 3: prints
+ *       "sValue=[STORED]" with the stored "rlamp_mode" (3 characters of it at
+ *       most) and writes the digit only when that is 3, too; any other:
+ *       nothing written
+ *
+ * Returns 0; -1 after "open file fail".
+ */
+CFG_API int rlamp_mode(int mode);
+
+/*
+ * Sets the Rlamp with rlamp_mode; a mode above 3 is ignored.
+ * Always returns 0.
+ */
+CFG_API int cfg_setRlampEnable(uint32_t mode);
+
+/*
+ * Applies the stored "rlamp_mode" with cfg_setRlampEnable.
+ * Returns 0; -1 after "param_get fail", and without a report of its own when
+ * the board has no Rlamp.
+ */
+CFG_API int cfg_restoreRlampEnable(void);
+
+/*
+ * Whether the status LED is switched off: the first character of the stored
+ * "led_disable" as a number, 0 when it cannot be read. Prints nothing.
+ */
+CFG_API int cfg_isLEDDisabled(void);
+
+/* ======================================================================
+ * Settings: privacy
+ * ====================================================================== */
+
+/*
+ * Enters or leaves privacy mode.
+ *
+ * on  0 leave, anything else enter; callers pass 1
+ *
+ * Does nothing when "orb_privacy_mode_enable" is stored as this number.
+ * Otherwise stores it there (not committed), then, in this order:
+ *
+ *     entering                               leaving
+ *     cfg_setPrivacyEvent(1)                 cfg_setPrivacyEvent(0)
+ *     "MotorCtrlApp privacy 1"               "MotorCtrlApp privacy 0"
+ *     "LEDCtrlApp power PRIVACY_ON"          "LEDCtrlApp power PRIVACY_OFF"
+ *     cfg_setIrEnable(0)                     restores infrared, WLED, Rlamp
+ *     cfg_setRec(5, NULL, 0)                 cfg_setRec(7, NULL, 0)
+ *     cfg_setPirPrivacyMode(1)               cfg_setPirPrivacyMode(0)
+ *     cfg_setVolumeDetectPrivacyMode(1)      cfg_setVolumeDetectPrivacyMode(0)
+ *     "killall -SIGHUP peerconn"             "killall -SIGPROF peerconn"
+ *     "killall AudioPlayback"
+ *     "killall -SIGUSR2 ffplay"
+ * and when the stored "continus_take_pic" is not 0
+ *     "killall -37 capture"                  "killall -35 ctrl_sched"
+ *     "killall -41 eventd"
+ *
+ * Every step runs whatever the earlier ones returned. One caller at a time,
+ * across processes: the others wait at the semaphore with key 0xDEF1 until the
+ * whole change is done. Without the semaphore the change goes ahead unlocked.
+ *
+ * Always returns 0. A step's "cfg_setPrivacyEvent fail" goes to standard
+ * output, "cfg_setRec fail", "cfg_setPirPrivacyMode fail" and
+ * "cfg_setVolumeDetectPrivacyMode fail" to standard error, each after the
+ * step's own reports. Blocks for the commands.
+ */
+CFG_API int cfg_set_privacy(uint32_t on);
+
+/*
+ * Whether privacy mode is on: the first character of the stored
+ * "orb_privacy_mode_enable" as a number, 0 when it cannot be read. Prints
+ * nothing.
+ */
+CFG_API int cfg_isPrivacyMode(void);
+
+/* ======================================================================
+ * Settings: probes
+ *
+ * Quick answers about the camera's state. A source that is missing gives the
+ * fallback named; text without digits counts as 0. Nothing is printed unless
+ * it is said here.
+ * ====================================================================== */
+
+/*
+ * The number of running streams: what /proc/stream_counter reads; 0 without it.
+ */
+CFG_API int streaming_counter(void);
+
+/*
+ * Whether an activity event and a tracking event count now: 1 when
+ * /proc/is_valid_activity_event, /proc/is_valid_track_event read a number
+ * other than 0, else 0. Without the file the event counts: 1.
+ */
+CFG_API int is_valid_activity_event(void);
+CFG_API int is_valid_track_event(void);
+
+/*
+ * Whether the enhanced image mode is on: 1 when /proc/azba_enhanced begins with
+ * the character 1, else 0; 0 without it.
+ */
+CFG_API int get_enhanced_mode(void);
+
+/*
+ * Whether a fixed capture is active: the first character of the stored
+ * "fix_capture_status" as a number; 0 when it cannot be read.
+ */
+CFG_API int CheckFixCaptureSatus(void);
+
+/*
+ * Whether the neural-network detectors of image and sound are enabled: the
+ * number that "param get nn_enable" and "param get sound_nn_enable" print; 0
+ * when they print none or cannot be started. Block until the command ends;
+ * what it says on standard error is passed on.
+ */
+CFG_API int is_nn_enable(void);
+CFG_API int is_sound_nn_enable(void);
+
+/*
+ * Reads or writes the state of the activity zones.
+ *
+ * write  0: returns the number of one or two digits that /proc/activity_zones
+ *        begins with; anything else: writes `value` there
+ * value  0 to 9, written as a digit with its NUL; looked at only when writing
+ *
+ * Returns the number read; 0 when writing, after "invalid value[VALUE]" (the
+ * file is left alone), and after "fopen: REASON" on standard error when the
+ * file cannot be opened.
+ */
+CFG_API int activity_zones_state(int write, int value);
+
+/*
+ * Switches the check of the face detection hardware to what the motor zones
+ * allow. The stored "motor_zones" has the form {A,B}{C,D,E,F}. With any of C to
+ * F not 0 it runs "GMCtrl c 0"; with all 0, and "alert_face_enable" stored as
+ * exactly "1", "GMCtrl c 1"; otherwise nothing.
+ *
+ * Always returns 0. Nothing runs when "motor_zones" cannot be read, or after
+ * "sscanf value fail " on standard error (without a bracket) when it has
+ * another form.
+ */
+CFG_API int disable_face_hw_check(void);
 
 /* ======================================================================
  * Event queue

@@ -12,8 +12,12 @@ add_library(cfg_set
     records/str_replace.cpp
     records/viewers.cpp
     settings/audio.cpp
+    settings/detection.cpp
     settings/frame.cpp
+    settings/image.cpp
     settings/messages.cpp
+    settings/privacy.cpp
+    settings/probes.cpp
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 

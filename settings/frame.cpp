@@ -54,6 +54,12 @@ int file_block(const char *path, char *block, size_t size)
     return length > 0 ? (int)length : 0;
 }
 
+int file_number(const char *path, int missing)
+{
+    char text[32] = "";
+    return file_line(path, text, sizeof text) ? to_int(text) : missing;
+}
+
 bool put_file(const char *path, const char *bytes, size_t length)
 {
     FILE *file = fopen(path, "w");
@@ -85,6 +91,13 @@ int to_int(const char *text)
     if (number > INT_MAX)
         return INT_MAX;
     return number < INT_MIN ? INT_MIN : (int)number;
+}
+
+int stored_int(const char *key, unsigned size)
+{
+    char text[VALUE_SIZE] = "";
+    param_get(key, text, size);
+    return to_int(text);
 }
 
 bool stored_text(const char *key, char *text, unsigned size, const char *function, int line)

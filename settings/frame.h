@@ -42,6 +42,10 @@ bool file_line(const char *path, char *line, int size);
 // none could be read, -1 (and `block` as it was) when the file cannot be opened.
 int file_block(const char *path, char *block, size_t size);
 
+// The number in the first line of the file, of which 31 characters count, 0
+// when it is empty; `missing` when the file cannot be opened.
+int file_number(const char *path, int missing);
+
 // Puts `length` bytes into the file, created or truncated. False when it
 // cannot be opened; what the driver behind it makes of the bytes is not known.
 bool put_file(const char *path, const char *bytes, size_t length);
@@ -63,6 +67,10 @@ bool stored_text(const char *key, char *text, unsigned size, const char *functio
 
 // Stores a text; a refusal is reported for the caller as "param_set fail".
 bool put_setting(const char *key, const char *text, const char *function, int line);
+
+// The number at the start of the stored value, of which `size` - 1 characters
+// count (`size` at most VALUE_SIZE); 0 when it cannot be read. Reports nothing.
+int stored_int(const char *key, unsigned size);
 
 // First half of a restorer: the stored number of `key`, base 10. A failed read
 // is reported for the caller as "param_get fail".

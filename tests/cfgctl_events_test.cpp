@@ -20,12 +20,6 @@ class CfgctlEventsTest : public CameraTest
     }
 };
 
-static Outcome cfgctl(std::vector<std::string> words)
-{
-    words.insert(words.begin(), "cfgctl");
-    return run_program(words);
-}
-
 static std::string types()
 {
     static const std::regex TYPE("\"type\": ([0-9]+),\\s+\"time\": [0-9]{10}\\s");

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
 #include <sys/wait.h>
@@ -16,6 +17,7 @@ namespace doubles
 {
 
 std::vector<std::string> calls;
+std::function<void()> before_call;
 std::map<std::string, std::string> store;
 std::set<std::string> refused;
 int popen_error;
@@ -30,6 +32,13 @@ int relay_result;
 
 static std::map<FILE *, pid_t> pipes;
 
+static void record(const std::string &call)
+{
+    if (before_call)
+        before_call();
+    calls.push_back(call);
+}
+
 std::vector<std::string> recorded(const std::string &word)
 {
     std::vector<std::string> found;
@@ -39,10 +48,76 @@ std::vector<std::string> recorded(const std::string &word)
     return found;
 }
 
+// A message as it lies on the queue, on either width of `long`.
+struct Message {
+    long type;
+    char body[292];
+};
+
+static int32_t number_at(const char *bytes)
+{
+    int32_t number;
+    memcpy(&number, bytes, sizeof number);
+    return number;
+}
+
+static std::string described(const Message &message)
+{
+    const std::string body(message.body, sizeof message.body);
+    std::string text = std::to_string(message.type) + " " + std::to_string(number_at(message.body));
+    const int32_t value = number_at(message.body + 268);
+    if (value != 0)
+        text += " value=" + std::to_string(value);
+    const std::string param = body.substr(4, 256);
+    if (param.find_last_not_of('\0') != std::string::npos)
+        text += " param=" + param.substr(0, param.find_last_not_of('\0') + 1);
+    if ((body.substr(260, 8) + body.substr(272)).find_first_not_of('\0') != std::string::npos)
+        text += " reserved";
+    return text;
+}
+
+constexpr key_t DAEMON_QUEUE = 5678;
+
+std::vector<std::string> posted()
+{
+    std::vector<std::string> found;
+    const int queue = msgget(DAEMON_QUEUE, 0);
+    Message message{};
+    for (;;) {
+        const ssize_t length = msgrcv(queue, &message, sizeof message.body, 0, IPC_NOWAIT);
+        if (length < 0)
+            return found;
+        EXPECT_EQ(length, 292);
+        found.push_back(described(message));
+    }
+}
+
+void fill_queue()
+{
+    const int queue = msgget(DAEMON_QUEUE, IPC_CREAT | 0666);
+    const Message message = {99, {}};
+    while (msgsnd(queue, &message, sizeof message.body, IPC_NOWAIT) == 0) {
+    }
+}
+
+void expect_keys_read(const std::vector<Restorer> &restorers)
+{
+    for (const Restorer &restorer : restorers) {
+        store.erase(restorer.key);
+        calls.clear();
+        const Outcome outcome = observe(restorer.restore);
+        EXPECT_EQ(outcome.result, -1);
+        EXPECT_EQ(outcome.out, "[cfg_restore" + restorer.name + " #] param_get fail\n");
+        EXPECT_THAT(calls, testing::ElementsAre("get " + restorer.key + " 256"));
+    }
+}
+
 void LibraryTest::SetUp()
 {
     CameraTest::SetUp();
+    posted();
     calls.clear();
+    before_call = nullptr;
     store.clear();
     refused.clear();
     popen_error = 0;
@@ -101,13 +176,13 @@ extern "C" {
 
 int system(const char *line)
 {
-    calls.push_back(std::string("system ") + line);
+    record(std::string("system ") + line);
     return run_commands ? wait_for(start_shell(line, -1)) : 0;
 }
 
 FILE *popen(const char *line, const char *mode)
 {
-    calls.push_back(std::string("popen ") + line);
+    record(std::string("popen ") + line);
     EXPECT_STREQ(mode, "r");
     if (popen_error) {
         errno = popen_error;
@@ -133,7 +208,7 @@ int pclose(FILE *stream)
 
 unsigned sleep(unsigned seconds)
 {
-    calls.push_back("sleep " + std::to_string(seconds));
+    record("sleep " + std::to_string(seconds));
     if (on_sleep)
         on_sleep();
     return sleep_left;
@@ -151,7 +226,18 @@ time_t time(time_t *result)
 
 int usleep(useconds_t microseconds)
 {
-    calls.push_back("usleep " + std::to_string(microseconds));
+    record("usleep " + std::to_string(microseconds));
+    return 0;
+}
+
+int msgget(key_t key, int flags)
+{
+    return fails("msgget") ? -1 : real<decltype(msgget)>("msgget")(key, flags);
+}
+
+int kill(pid_t process, int number)
+{
+    record("kill " + std::to_string(process) + " " + std::to_string(number));
     return 0;
 }
 
@@ -183,7 +269,7 @@ int shmget(key_t key, size_t size, int flags)
     char text[64];
     snprintf(text, sizeof text, "shmget %x %zu %o", static_cast<unsigned>(key), size,
              static_cast<unsigned>(flags));
-    calls.emplace_back(text);
+    record(text);
     return fails("shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
 }
 
@@ -199,7 +285,7 @@ int shmdt(const void *address)
 
 int param_get(const char *key, char *buffer, unsigned size)
 {
-    calls.push_back(std::string("get ") + key + " " + std::to_string(size));
+    record(std::string("get ") + key + " " + std::to_string(size));
     const auto found = store.find(key);
     if (refused.count(std::string("get ") + key) || found == store.end())
         return -1;
@@ -211,7 +297,7 @@ int param_get(const char *key, char *buffer, unsigned size)
 
 int param_set(const char *key, const char *text)
 {
-    calls.push_back(std::string("set ") + key + "=" + (text ? text : "(null)"));
+    record(std::string("set ") + key + "=" + (text ? text : "(null)"));
     if (!text || refused.count(std::string("set ") + key))
         return -1;
     store[key] = text;
@@ -220,13 +306,13 @@ int param_set(const char *key, const char *text)
 
 int param_save()
 {
-    calls.emplace_back("save");
+    record("save");
     return refused.count("save") ? -1 : 0;
 }
 
 int param_unset(const char *key)
 {
-    calls.push_back(std::string("unset ") + key);
+    record(std::string("unset ") + key);
     if (refused.count(std::string("unset ") + key))
         return -1;
     store.erase(key);
@@ -235,7 +321,7 @@ int param_unset(const char *key)
 
 int msg2relay(const viewer_relay_msg *message)
 {
-    calls.push_back("relay " + std::to_string(message->command) + " " + message->name);
+    record("relay " + std::to_string(message->command) + " " + message->name);
     relayed.push_back(*message);
     return relay_result;
 }

@@ -13,9 +13,12 @@ namespace doubles
 {
 
 // "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
-// "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME", "shmget KEY SIZE
-// FLAGS" (hexadecimal key, octal flags).
+// "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME", "kill PID SIGNAL",
+// "shmget KEY SIZE FLAGS" (hexadecimal key, octal flags).
 extern std::vector<std::string> calls;
+
+// Called before each of them is recorded.
+extern std::function<void()> before_call;
 
 // The parameter store, and the operations that it refuses: "get KEY",
 // "set KEY", "unset KEY", "save".
@@ -35,7 +38,7 @@ extern std::function<void()> on_sleep;
 // What time returns; 0 asks the real clock.
 extern time_t clock_now;
 
-// System V calls that fail, and their errno: "semget", "SETALL" (a semctl),
+// System V calls that fail, and their errno: "msgget", "semget", "SETALL" (a semctl),
 // "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
 extern std::map<std::string, int> failing;
 extern void *failed_address;
@@ -46,6 +49,23 @@ extern int relay_result;
 
 // The recorded calls that begin with `word`, without it.
 std::vector<std::string> recorded(const std::string &word);
+
+// Takes the messages off the daemons' queue: "TYPE COMMAND", then " value=N" and
+// " param=BYTES" (up to their trailing zeros) when they are not zero, and
+// " reserved" when the reserved bytes are not.
+std::vector<std::string> posted();
+
+// Fills the daemons' queue until nothing fits any more.
+void fill_queue();
+
+// Checks that each restorer reads its key first and, when that is absent,
+// reports so and does nothing. It is cfg_restoreNAME.
+struct Restorer {
+    std::string name;
+    std::string key;
+    int (*restore)();
+};
+void expect_keys_read(const std::vector<Restorer> &restorers);
 
 // Begins with everything empty and nothing failing.
 class LibraryTest : public CameraTest

@@ -87,6 +87,22 @@ Outcome run_program(std::vector<std::string> words)
     });
 }
 
+Outcome cfgctl(std::vector<std::string> words)
+{
+    words.insert(words.begin(), "cfgctl");
+    return run_program(words);
+}
+
+std::string commands()
+{
+    std::string found;
+    std::istringstream log(read_file("/var/log/camera.log"));
+    for (std::string line; std::getline(log, line);)
+        if (line.find(" run ") != std::string::npos)
+            found += line.substr(line.find(" run ") + 5) + "\n";
+    return found;
+}
+
 void write_file(const std::string &path, const std::string &text)
 {
     for (size_t slash = path.find('/', 1); slash != std::string::npos;

@@ -22,6 +22,10 @@ Outcome observe(const std::function<int()> &code);
 // Runs a program of this build ("cfgctl") or of the root ("/bin/sh").
 Outcome run_program(std::vector<std::string> words);
 
+// cfgctl with these words, and the commands that it ran: a line each.
+Outcome cfgctl(std::vector<std::string> words);
+std::string commands();
+
 void write_file(const std::string &path, const std::string &text);
 std::string read_file(const std::string &path);
 // An executable /bin/sh script; tests put theirs in /tmp/bin, first on PATH.

@@ -2,15 +2,17 @@
 # Sourced by scripts/demo: settings, sounds, and what a restart brings back.
 
 boot "A camera fresh from the factory boots: its restorers apply the default settings." start
-in_order "microphone unmuted, then its level, then the speaker, and nothing else" \
-    "demo_MXSetMicMute_ 0" "demo_MXSetMicVol_ 60" "demo_MXSetSpeakerVol_ 40" \
-    "demo_MXSetSpeakerVol_ 40"
+in_order "microphone unmuted, its level, the speaker, what the board is, and nothing else" \
+    GMMdVideo "demo_MXSetMicMute_ 0" "demo_MXSetMicVol_ 60" "demo_MXSetSpeakerVol_ 40" \
+    "demo_MXSetSpeakerVol_ 40" "board hwver" "board sn" "board sn" "board hwver" "board hwver"
+so "the image is turned upright" "ran       demo_MXTurnVideo_ 3"
 
 step "Who is it?" cfgctl board
 so "the board tells its id" "printed   boardid             xq7h0c"
 
 step "The settings and what applies them:" cfgctl show
-so "the microphone is on" "printed   io_mic_enable      audio   1      cfg_setMicEnable, media commands"
+so "the microphone is on" \
+    "printed   io_mic_enable              audio      1      cfg_setMicEnable, media commands"
 
 step "The app turns the speaker up, and saves." cfgctl set io_speaker_volume 31
 so "the value is stored" "stored    io_speaker_volume=31"
@@ -38,8 +40,8 @@ so "nice ran the player" "ran       nice -n -20 demo_MXAacPlayer_ /audio/alarm.a
 
 boot "The camera restarts." restart
 in_order "the saved volume is back, and the microphone and speaker that were only set are on again" \
-    "demo_MXSetMicMute_ 0" "demo_MXSetMicVol_ 60" "demo_MXSetSpeakerVol_ 50" \
-    "demo_MXSetSpeakerVol_ 50"
+    GMMdVideo "demo_MXSetMicMute_ 0" "demo_MXSetMicVol_ 60" "demo_MXSetSpeakerVol_ 50" \
+    "demo_MXSetSpeakerVol_ 50" "board hwver" "board sn" "board sn" "board hwver" "board hwver"
 
 step "What was saved is back." cfgctl get io_speaker_volume
 so "31" "printed   31"

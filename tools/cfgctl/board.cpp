@@ -34,7 +34,9 @@ int board(const Call &call)
         int has;
     } FEATURES[] = {{"slip_ring", cfg_is_slip_ring_model()},
                     {"ethernet", cfg_check_eth_support_by_hwver()},
-                    {"differential_audio", cfg_is_audio_differential()}};
+                    {"differential_audio", cfg_is_audio_differential()},
+                    {"wled", cfg_isWLEDVersion()},
+                    {"rlamp", cfg_isRlampVersion()}};
     for (const auto &feature : FEATURES) {
         rows.push_back({feature.name, std::to_string(feature.has)});
         json[feature.name] = feature.has != 0;

@@ -45,14 +45,25 @@ int show(const Call &call);
 int board(const Call &call);
 int prompt(const Call &call);
 int alert_sound(const Call &call);
+int privacy(const Call &call);
+int night(const Call &call);
+int lamp(const Call &call);
+int probe(const Call &call);
+int rec(const Call &call);
+int monitor(const Call &call);
 int events(const Call &call);
 int status(const Call &call);
+
+// The one setting whose setter stores it.
+constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable";
 
 // Data goes here and nowhere else: the caller's standard output. While a verb
 // runs, what the library and its commands print on standard output goes to
 // standard error.
 void print(const std::string &text);
 void print_json(const Json &json);
+// Hands on what was printed, for verbs that go on; false when it cannot be.
+bool flush();
 
 // "cfgctl: TEXT" on standard error.
 void complain(const std::string &text);

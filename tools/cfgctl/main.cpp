@@ -29,6 +29,18 @@ const std::vector<Verb> VERBS = {
     {"board", "", {}, 0, 0, "print what the board is and has", board},
     {"prompt", "NAME", {}, 1, 1, "play a spoken prompt", prompt},
     {"alert", "PATH", {}, 1, 1, "play an alert sound, then restore the speaker", alert_sound},
+    {"privacy", "[on|off]", {"--no-save"}, 0, 1, "tell or switch the privacy mode", privacy},
+    {"night", "[on|off]", {}, 0, 1, "tell or switch night mode", night},
+    {"lamp", "wled|rlamp MODE", {}, 2, 2, "drive a lamp directly, mode 0 to 3", lamp},
+    {"probe", "", {}, 0, 0, "print what every status probe answers", probe},
+    {"rec", "CODE [TEXT]", {}, 1, 2, "post a recording command", rec},
+    {"monitor",
+     "",
+     {"--count N"},
+     0,
+     0,
+     "take daemon messages off their queue, in the daemons' place, and print them",
+     monitor},
     {"events",
      "[add TYPE | drop N | clear | dump FILE]",
      {},
@@ -141,6 +153,11 @@ int dispatch(const std::vector<std::string> &words)
 void print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), data);
+}
+
+bool flush()
+{
+    return std::fflush(data) == 0;
 }
 
 void print_json(const Json &json)
