@@ -59,6 +59,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
 
 #if defined(__GNUC__)
 #define CFG_API __attribute__((visibility("default")))
@@ -882,6 +883,172 @@ CFG_API int cfg_is_audio_differential(void); /* bit 10 */
  * the life of the process.
  */
 CFG_API int cfg_check_eth_support_by_hwver(void);
+
+/* ======================================================================
+ * Firmware: image verification
+ * ======================================================================
+ *
+ * An image begins with a 64-byte header; its numbers are big-endian:
+ *
+ *     byte  4   CRC-32 of the header, computed with these four bytes zero
+ *     byte 24   CRC-32 of what follows the header
+ *     byte 32   board id, 16 bytes: the model, "h", and in hexadecimal one bit
+ *               for each board that the image runs on; NUL when shorter
+ *
+ * Nothing else in it is looked at, neither the magic number nor the size.
+ *
+ * A checksum shows damage, not authorship: anyone can make an image that passes.
+ * Whether the image comes from whom it should is for the caller to establish
+ * first. Nothing is covered behind `dwLimit`.
+ */
+
+/*
+ * Checks an image: first that it is for this board (cfg_checkBoardId), then its
+ * header (cfg_checkHeaderChecksum), then the rest. The first failure ends it.
+ *
+ * fp       the image, open for reading and seekable; stays open, with its
+ *          position wherever the last read stopped
+ * dwLimit  bytes of the file, header included, that the checksum of the rest
+ *          covers; 0 for all of them
+ *
+ * Returns 0; -1 after "invalid fp", "fseek fail, errno[N][TEXT]", "fread fail"
+ * (fewer than 64 bytes), or after a check's own report and "cfg_checkBoardId
+ * fail", "cfg_checkHeaderChecksum fail" or "cfg_checkImageChecksum fail". The
+ * last check reports as checkImageChecksum: "fseek fail, errno[N][TEXT]" or
+ * "image checksum not match [COMPUTED]!=[STORED]".
+ *
+ * Runs the board query. Reads the file once, 512 bytes at a time; blocks until
+ * that is done.
+ */
+CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
+
+/*
+ * Whether the image may run on this board: both are of one model, and their
+ * masks have a bit in common. Upper and lower case count the same. The model is
+ * what stands before the first "h" of the board's own id that is not its first
+ * letter.
+ *
+ * pbHeader  the first 64 bytes of the image
+ *
+ * Returns 0; -1 after "invalid pbHeader" (NULL), "cfg_getBoardInfo fail", "no
+ * board id found" (the board's is empty) or "image mask[MASK] not valid for
+ * [BOARD'S MASK]". A mask is 0, after one of these reports of getBoardIdMask,
+ * when the id is of another model ("model[MODEL] not found"), has no "h" behind
+ * the model ("invalid board format") or a byte that is not ASCII ("non-ascii
+ * char[BYTE]"), or when the board's model takes 16 characters
+ * ("dwBufSize[16] not enough"). Runs the board query.
+ */
+CFG_API int cfg_checkBoardId(const void *pbHeader);
+
+/*
+ * Whether the header has the checksum that it states.
+ *
+ * pbHeader  the first 64 bytes of the image
+ *
+ * Returns 0; -1 after "invalid pbHeader" (NULL) or "header checksum not match
+ * [COMPUTED]!=[STORED]".
+ */
+CFG_API int cfg_checkHeaderChecksum(const void *pbHeader);
+
+/*
+ * The CRC-32 (IEEE 802.3, reflected: "123456789" gives 0xCBF43926) of `len`
+ * bytes at `buf`. 0 after "invalid parameter" when `buf` is NULL or `len` 0.
+ */
+CFG_API uint32_t cfg_getCrc32(const void *buf, uint32_t len);
+
+/*
+ * The CRC-32 of a stream from where it stands. Reads 512 bytes at a time until
+ * a read returns nothing; an error counts as the end (see ferror).
+ *
+ * fp       open for reading; stays open
+ * dwSkip   leading bytes to leave out, at most 511 and fewer than the stream
+ *          has: a read that is no longer than the skip is taken in whole, and
+ *          the skip waits for a longer one
+ * dwLimit  bytes to read, the skipped ones included; 0 for all of them
+ *
+ * 0xFFFFFFFF after "invalid fp" when `fp` is NULL.
+ */
+CFG_API uint32_t cfg_getCrc32FromFile(FILE *fp, uint32_t dwSkip, uint32_t dwLimit);
+
+/* The CRC-32 of each byte value, as the byte-wise method uses it. */
+CFG_API extern const uint32_t crc32_tab[256];
+
+/* ======================================================================
+ * Firmware: upgrade preparation
+ * ====================================================================== */
+
+/*
+ * Makes the system quiet before flash is written. Ends it for everyone else:
+ * call it only where nothing but the upgrade matters any more.
+ *
+ * 1. Runs "killall watchdog; disable_watchdog" and
+ *    echo "" > /proc/sys/kernel/hotplug, so that no hot-plug program starts.
+ * 2. Sends SIGTERM to every process that `ps` lists, kernel threads included,
+ *    except the caller, process 1 and the Wi-Fi driver's command thread,
+ *    which "iPidRTW = PID" names (0: there is none). Each is announced on
+ *    standard error, without a bracket: "send SIGTERM to pid PID".
+ * 3. Waits until at most two rows of `ps -l` have 1 in their fourth column:
+ *    up to 20 times "dwCount: ROWS", one second, "retry: TIMES".
+ *
+ * Nothing is sent SIGKILL; what survives all 20 attempts stays. The pipe that
+ * the command thread's number was read from stays open for the life of the
+ * process, and its shell a zombie. The lists are made by `ps` and awk, in the
+ * columns of the camera's `ps`.
+ *
+ * Returns 0; -1 after "popen fail errno[N][TEXT]" when the processes cannot be
+ * listed (the commands of step 1 have run; nothing was signalled). The same
+ * report in step 3 counts as an attempt.
+ */
+CFG_API int cfg_killProcess(void);
+
+/*
+ * Whether audio is playing: 0 yes, -1 no. It is while /tmp/play_status is there
+ * and not empty. Prints nothing.
+ */
+CFG_API int cfg_isPlayingMusic(void);
+
+/*
+ * Whether `version` is newer than this firmware's base version, "v5.0.44": 0
+ * yes, -1 no (equal, older or not a version). A version is "v" and three
+ * decimal integers with dots between them; what follows is ignored, and a
+ * number that no int holds counts as the nearest one. Prints nothing.
+ */
+CFG_API int cfg_isNewVersion(const char *version);
+
+/*
+ * Whether newer firmware has been downloaded: the first line (of at most 63
+ * characters) of /mnt/sdcard/upgrade/upgrade.dat is a newer version and
+ * /mnt/sdcard/upgrade/upgrade.bin can be read. In every other case both are
+ * deleted: do not call it while a download is being written. The image itself
+ * is not checked; that is cfg_checkFirmware.
+ *
+ * version_out  receives the version, cut to `size`, or "" when the answer is
+ *              no; may be NULL
+ * size         bytes of it; 64 hold every version, 0 writes nothing
+ *
+ * Returns 0 yes, -1 no. Prints nothing.
+ */
+CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
+
+/*
+ * Whether the voice prompts that were downloaded have been unpacked. VERSION is
+ * the stored "speech_version" and LANGUAGE the stored "lang_name", at most 15
+ * characters of each; an empty language is EN. The download is
+ *     /mnt/sdcard/morvenix/download/speechVERSION_LANGUAGE.tgz
+ * and while it is being unpacked there is
+ *     /mnt/sdcard/morvenix/LANGUAGE/speech/speechVERSION_LANGUAGE.tar
+ *
+ * lang_out  receives the language, cut to `size`; "" when it cannot be read;
+ *           may be NULL
+ * size      bytes of it; 16 hold every language, 0 writes nothing
+ *
+ * Returns -1 after "sTarPath have be remove. To sure really tar finished " (the
+ * text ends with a blank) when the download is there and unpacked. Returns 0
+ * when there is no download, and, after "download ok but tar is fail, Need
+ * again", when its unpacking did not end. An empty stored version is reported
+ * as "Can not get  SPEECH_VERSION", without the blank behind the bracket.
+ */
+CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
 
 /* ======================================================================
  * Records: schedules and alarm clocks

@@ -6,6 +6,9 @@ add_library(cfg_set
     events/status.cpp
     events/storage.cpp
     firmware/board.cpp
+    firmware/crc32.cpp
+    firmware/upgrade.cpp
+    firmware/verify.cpp
     records/features.cpp
     records/schedules.cpp
     records/sounds.cpp

@@ -3,6 +3,7 @@
 #include "platform/param_store.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstring>
 #include <dlfcn.h>
@@ -20,6 +21,7 @@ std::vector<std::string> calls;
 std::function<void()> before_call;
 std::map<std::string, std::string> store;
 std::set<std::string> refused;
+std::map<std::string, std::string> answers;
 int popen_error;
 bool run_commands;
 unsigned sleep_left;
@@ -30,7 +32,16 @@ std::function<void()> on_sleep;
 std::vector<viewer_relay_msg> relayed;
 int relay_result;
 
-static std::map<FILE *, pid_t> pipes;
+namespace
+{
+
+struct Pipe {
+    std::string line;
+    pid_t child; // 0 when the line was not run
+};
+std::map<FILE *, Pipe> pipes;
+
+} // namespace
 
 static void record(const std::string &call)
 {
@@ -112,6 +123,16 @@ void expect_keys_read(const std::vector<Restorer> &restorers)
     }
 }
 
+std::vector<std::string> close_pipes()
+{
+    std::vector<std::string> lines;
+    while (!pipes.empty()) {
+        lines.push_back(pipes.begin()->second.line);
+        pclose(pipes.begin()->first);
+    }
+    return lines;
+}
+
 void LibraryTest::SetUp()
 {
     CameraTest::SetUp();
@@ -120,6 +141,7 @@ void LibraryTest::SetUp()
     before_call = nullptr;
     store.clear();
     refused.clear();
+    answers.clear();
     popen_error = 0;
     run_commands = false;
     sleep_left = 0;
@@ -184,9 +206,15 @@ FILE *popen(const char *line, const char *mode)
 {
     record(std::string("popen ") + line);
     EXPECT_STREQ(mode, "r");
-    if (popen_error) {
-        errno = popen_error;
+    if (popen_error || refused.count(std::string("popen ") + line)) {
+        errno = popen_error ? popen_error : ENOMEM;
         return nullptr;
+    }
+    const auto answer = answers.find(line);
+    if (answer != answers.end()) {
+        FILE *stream = fmemopen(answer->second.data(), answer->second.size(), mode);
+        pipes[stream] = {line, 0};
+        return stream;
     }
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
@@ -194,16 +222,22 @@ FILE *popen(const char *line, const char *mode)
     const pid_t child = start_shell(line, ends[1]);
     close(ends[1]);
     FILE *stream = fdopen(ends[0], "r");
-    pipes[stream] = child;
+    pipes[stream] = {line, child};
     return stream;
 }
 
 int pclose(FILE *stream)
 {
-    const pid_t child = pipes.at(stream);
+    const pid_t child = pipes.at(stream).child;
     pipes.erase(stream);
     fclose(stream);
-    return wait_for(child);
+    return child == 0 ? 0 : wait_for(child);
+}
+
+int kill(pid_t pid, int signal) noexcept
+{
+    record("kill " + std::to_string(pid) + " " + std::to_string(signal));
+    return 0;
 }
 
 unsigned sleep(unsigned seconds)
@@ -233,12 +267,6 @@ int usleep(useconds_t microseconds)
 int msgget(key_t key, int flags)
 {
     return fails("msgget") ? -1 : real<decltype(msgget)>("msgget")(key, flags);
-}
-
-int kill(pid_t process, int number)
-{
-    record("kill " + std::to_string(process) + " " + std::to_string(number));
-    return 0;
 }
 
 int semget(key_t key, int count, int flags)

@@ -21,9 +21,12 @@ extern std::vector<std::string> calls;
 extern std::function<void()> before_call;
 
 // The parameter store, and the operations that it refuses: "get KEY",
-// "set KEY", "unset KEY", "save".
+// "set KEY", "unset KEY", "save", "popen LINE" (out of memory).
 extern std::map<std::string, std::string> store;
 extern std::set<std::string> refused;
+
+// What popen reads from a line that is not run; the others run for real.
+extern std::map<std::string, std::string> answers;
 
 // The errno that popen fails with; 0 lets it run the command for real.
 extern int popen_error;
@@ -46,6 +49,9 @@ extern void *failed_address;
 // What the viewer relay was given, and what it returns.
 extern std::vector<viewer_relay_msg> relayed;
 extern int relay_result;
+
+// Closes the pipes that are still open; their lines.
+std::vector<std::string> close_pipes();
 
 // The recorded calls that begin with `word`, without it.
 std::vector<std::string> recorded(const std::string &word);

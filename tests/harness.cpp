@@ -64,6 +64,15 @@ Outcome observe(const std::function<int()> &code)
     return outcome;
 }
 
+int quietly(const std::function<int()> &code)
+{
+    std::fflush(nullptr);
+    const Redirect out(STDOUT_FILENO, "/dev/null");
+    const int result = code();
+    std::fflush(nullptr);
+    return result;
+}
+
 Outcome run_program(std::vector<std::string> words)
 {
     if (words[0][0] != '/') {

@@ -19,6 +19,9 @@ struct Outcome {
 // but that there is one is.
 Outcome observe(const std::function<int()> &code);
 
+// Runs `code` and drops what it prints.
+int quietly(const std::function<int()> &code);
+
 // Runs a program of this build ("cfgctl") or of the root ("/bin/sh").
 Outcome run_program(std::vector<std::string> words);
 

@@ -41,5 +41,6 @@ int main(void)
 {
     const int saved = cfg_saveMicEnable(1);
     const int refused = cfg_setMicEnable(2);
-    return saved == 0 && refused == -1 && strcmp(stored, "io_mic_enable=1") == 0 ? 0 : 1;
+    const int settings = saved == 0 && refused == -1 && strcmp(stored, "io_mic_enable=1") == 0;
+    return settings && crc32_tab[1] == 0x77073096 ? 0 : 1;
 }

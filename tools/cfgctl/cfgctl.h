@@ -53,6 +53,9 @@ int rec(const Call &call);
 int monitor(const Call &call);
 int events(const Call &call);
 int status(const Call &call);
+int firmware(const Call &call);
+int speech(const Call &call);
+int crc(const Call &call);
 
 // The one setting whose setter stores it.
 constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable";

@@ -49,6 +49,15 @@ const std::vector<Verb> VERBS = {
      "list the pending events, add or drop some, or check a copy of the ring",
      events},
     {"status", "[VALUE]", {}, 0, 1, "print or set the device status, 0..255", status},
+    {"firmware",
+     "check FILE [--limit N] | newer VERSION | downloaded",
+     {"--limit N"},
+     1,
+     2,
+     "check an image, compare a version, vet the download (a stale one is deleted)",
+     firmware},
+    {"speech", "", {}, 0, 0, "print whether the downloaded prompts are unpacked", speech},
+    {"crc", "FILE", {"--skip N", "--limit N"}, 1, 1, "print the CRC-32 of a file", crc},
 };
 
 FILE *data = nullptr;

@@ -1,0 +1,177 @@
+#include "settings/frame.h"
+
+#include <ctype.h>
+#include <errno.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+constexpr int LIST_LINE_SIZE = 32;
+constexpr pid_t INIT = 1;
+constexpr int QUIET_COUNT = 2; // processes that may be left below INIT
+constexpr int QUIET_ATTEMPTS = 20;
+
+#define FW_BASE_VERSION "v5.0.44"
+#define DOWNLOADED_VERSION "/mnt/sdcard/upgrade/upgrade.dat"
+#define DOWNLOADED_IMAGE "/mnt/sdcard/upgrade/upgrade.bin"
+#define SPEECH_FOLDER "/mnt/sdcard/morvenix/"
+constexpr size_t SPEECH_PATH_SIZE = 128; // holds every path built of two stored values
+constexpr size_t SPEECH_VALUE_SIZE = 16;
+
+// The process id of the Wi-Fi driver's command thread, 0 when there is none.
+static pid_t wifi_command_thread()
+{
+    FILE *pipe = popen("ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'", "r");
+    char line[LIST_LINE_SIZE] = "";
+    if (!pipe || !fgets(line, sizeof line, pipe))
+        return 0;
+    // The pipe stays open: waiting for its end is not this function's to do.
+    // cppcheck-suppress resourceLeak
+    return to_int(line);
+}
+
+// SIGTERM to every process of the list, one to a line, but init and the two
+// that are spared.
+static void terminate_listed(FILE *list, pid_t self, pid_t spared)
+{
+    char line[LIST_LINE_SIZE];
+    while (fgets(line, sizeof line, list)) {
+        const pid_t pid = isdigit((unsigned char)line[0]) ? to_int(line) : 0;
+        if (pid <= 0 || pid == self || pid == INIT || pid == spared)
+            continue;
+        fprintf(stderr, "send SIGTERM to pid %d\n", pid);
+        kill(pid, SIGTERM);
+    }
+}
+
+// How many lines of the list are the number of init.
+static int count_of_init(FILE *list)
+{
+    int count = 0;
+    char line[LIST_LINE_SIZE];
+    while (fgets(line, sizeof line, list))
+        count += isdigit((unsigned char)line[0]) && to_int(line) == INIT;
+    return count;
+}
+
+int cfg_killProcess(void)
+{
+    const pid_t self = getpid();
+    run("killall watchdog; disable_watchdog");
+    run("echo \"\" > /proc/sys/kernel/hotplug");
+
+    FILE *list = popen("ps | awk '{ print $1 }'", "r");
+    const int error = errno;
+    const pid_t iPidRTW = wifi_command_thread();
+    REPORT("iPidRTW = %d", iPidRTW);
+    if (!list) {
+        REPORT("popen fail errno[%d][%s]", error, strerror(error));
+        return -1;
+    }
+    terminate_listed(list, self, iPidRTW);
+    pclose(list);
+
+    for (int attempt = 1; attempt <= QUIET_ATTEMPTS; attempt++) {
+        FILE *parents = popen("ps -l | awk '{ print $4}'", "r");
+        if (parents) {
+            const int dwCount = count_of_init(parents);
+            pclose(parents);
+            REPORT("dwCount: %d", dwCount);
+            if (dwCount <= QUIET_COUNT)
+                return 0;
+        } else {
+            REPORT("popen fail errno[%d][%s]", errno, strerror(errno));
+        }
+        sleep(1);
+        REPORT("retry: %d", attempt);
+    }
+    return 0;
+}
+
+int cfg_isPlayingMusic(void)
+{
+    struct stat status;
+    return stat("/tmp/play_status", &status) == 0 && status.st_size > 0 ? 0 : -1;
+}
+
+// Reads "v%d.%d.%d" as scanf does on the camera, where a number that is too
+// large becomes the largest.
+static bool parse_version(const char *text, int (&numbers)[3])
+{
+    char before = 'v';
+    for (int &number : numbers) {
+        if (*text++ != before)
+            return false;
+        char *end;
+        strtol(text, &end, 10);
+        if (end == text)
+            return false;
+        number = to_int(text);
+        text = end;
+        before = '.';
+    }
+    return true;
+}
+
+int cfg_isNewVersion(const char *version)
+{
+    int base[3];
+    int other[3];
+    if (!parse_version(FW_BASE_VERSION, base) || !parse_version(version, other))
+        return -1;
+    for (int i = 0; i < 3; i++)
+        if (other[i] != base[i])
+            return other[i] > base[i] ? 0 : -1;
+    return -1;
+}
+
+int cfg_verifyDownloadedFw(char *version_out, uint32_t size)
+{
+    if (version_out && size != 0)
+        *version_out = '\0';
+    char line[64] = "";
+    file_line(DOWNLOADED_VERSION, line, sizeof line);
+    line[strcspn(line, "\n")] = '\0';
+    if (cfg_isNewVersion(line) != 0 || !file_check(DOWNLOADED_IMAGE)) {
+        remove(DOWNLOADED_VERSION);
+        remove(DOWNLOADED_IMAGE);
+        return -1;
+    }
+    if (version_out)
+        format(version_out, size, "%s", line);
+    return 0;
+}
+
+int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size)
+{
+    if (lang_out && size != 0)
+        *lang_out = '\0';
+    char version[SPEECH_VALUE_SIZE] = "";
+    if (param_get("speech_version", version, sizeof version) == 0 && *version == '\0')
+        printf("[%s %d]Can not get  SPEECH_VERSION\n", HERE); // no blank after the bracket
+
+    char language[SPEECH_VALUE_SIZE] = "";
+    char path[SPEECH_PATH_SIZE] = "";
+    if (param_get("lang_name", language, sizeof language) == 0) {
+        if (*language == '\0')
+            strcpy(language, "EN");
+        format(path, sizeof path, "%sspeech%s_%s.tgz", SPEECH_FOLDER "download/", version,
+               language);
+    }
+    if (lang_out)
+        format(lang_out, size, "%s", language);
+    if (access(path, F_OK) != 0)
+        return 0;
+
+    char folder[SPEECH_PATH_SIZE];
+    format(folder, sizeof folder, "%s%s/speech", SPEECH_FOLDER, language);
+    format(path, sizeof path, "%s/speech%s_%s.tar", folder, version, language);
+    if (access(path, F_OK) != 0) {
+        REPORT("sTarPath have be remove. To sure really tar finished ");
+        return -1;
+    }
+    REPORT("download ok but tar is fail, Need again");
+    return 0;
+}

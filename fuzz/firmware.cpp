@@ -1,0 +1,122 @@
+// What an image and a download may hold: board ids, headers, bodies, versions.
+// The input is the answer of the board tool (17 bytes) and then an image; all
+// of it is a version, too. Results are compared with plainer ways to get them.
+
+#include "cfg_set.h"
+#include "platform/param_store.h"
+#include "tests/crc32_reference.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+constexpr size_t BOARD_ANSWER = 17;
+constexpr size_t HEADER = 64;
+constexpr size_t CHUNK = 512;
+
+static std::string board_answer;
+
+extern "C" {
+
+FILE *popen(const char *, const char *mode)
+{
+    return fmemopen(board_answer.data(), board_answer.size(), mode);
+}
+
+int pclose(FILE *stream)
+{
+    return std::fclose(stream);
+}
+
+int param_get(const char *, char *, unsigned int)
+{
+    return -1;
+}
+
+} // extern "C"
+
+static void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+static uint32_t big_endian(const std::string &bytes, size_t offset)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; i++)
+        value = value << 8 | static_cast<unsigned char>(bytes[offset + i]);
+    return value;
+}
+
+static uint32_t crc_of_file(const std::string &bytes, uint32_t skip, uint32_t limit)
+{
+    FILE *file = fmemopen(const_cast<char *>(bytes.data()), bytes.size(), "r");
+    const uint32_t crc = cfg_getCrc32FromFile(file, skip, limit);
+    std::fclose(file);
+    return crc;
+}
+
+// The bytes that a checksum with this skip and limit is of.
+static std::string part(const std::string &bytes, uint32_t skip, uint32_t limit)
+{
+    const std::string read = bytes.substr(0, limit == 0 ? bytes.size() : limit);
+    return read.substr(skip < std::min(read.size(), CHUNK) ? skip : 0);
+}
+
+static bool is_newer(const char *text)
+{
+    std::array<long long, 3> numbers{};
+    if (std::sscanf(text, "v%lld.%lld.%lld", &numbers[0], &numbers[1], &numbers[2]) != 3)
+        return false;
+    for (long long &number : numbers)
+        number = std::clamp<long long>(number, INT_MIN, INT_MAX);
+    return numbers > std::array<long long, 3>{5, 0, 44};
+}
+
+// The text before the first "h" that is not the first character, in lower case.
+static std::string model(std::string board)
+{
+    board.resize(std::min({board.size(), board.find('\0'), board.find('\n')}));
+    std::transform(board.begin(), board.end(), board.begin(),
+                   [](unsigned char letter) { return std::tolower(letter); });
+    return board.substr(0, board.find('h', 1));
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;
+    require(quiet);
+    const std::string input(reinterpret_cast<const char *>(data), size);
+    require((cfg_isNewVersion(input.c_str()) == 0) == is_newer(input.c_str()));
+    if (size < BOARD_ANSWER + HEADER)
+        return 0;
+    board_answer = input.substr(0, BOARD_ANSWER);
+    std::string image = input.substr(BOARD_ANSWER);
+    std::string header = image.substr(0, HEADER);
+
+    const bool right_board = cfg_checkBoardId(header.data()) == 0;
+    if (right_board)
+        require(model(board_answer.substr(0, 16)) == model(header.substr(32, 16)));
+
+    const bool whole_header = cfg_checkHeaderChecksum(header.data()) == 0;
+    const uint32_t header_checksum = big_endian(header, 4);
+    header.replace(4, 4, 4, '\0');
+    require(whole_header == (crc_by_bits(header) == header_checksum));
+
+    const uint32_t skip = data[0] * 4U;
+    const uint32_t limit = data[size - 1] * 9U;
+    for (const uint32_t some_skip : {0U, skip, static_cast<uint32_t>(HEADER)})
+        for (const uint32_t some_limit : {0U, limit})
+            require(crc_of_file(image, some_skip, some_limit) ==
+                    crc_by_bits(part(image, some_skip, some_limit)));
+
+    const bool whole_image = crc_by_bits(part(image, HEADER, limit)) == big_endian(image, 24);
+    FILE *file = fmemopen(image.data(), image.size(), "r");
+    require((cfg_checkFirmware(file, limit) == 0) == (right_board && whole_header && whole_image));
+    std::fclose(file);
+    return 0;
+}
