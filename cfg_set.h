@@ -1051,6 +1051,211 @@ CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
 CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
 
 /* ======================================================================
+ * Network: supplicant file
+ * ====================================================================== */
+
+/*
+ * Writes /etc/wpa_supplicant.conf from the stored networks: its three general
+ * lines, then the blocks of the primary network ("wl_ssid", "wl_psk") and of
+ * slots 1 to 3 ("wl1_ssid", "wl1_psk" and so on), each as generate_config_block
+ * writes them. A network whose SSID or key cannot be read is passed over; a
+ * file without networks is written all the same.
+ *
+ * While "orb_setup" is "0" (first setup not finished) and "app_ip" holds a
+ * BSSID that validate_bssid takes, the primary network is pinned to it.
+ *
+ * Returns 0; -1 when the file cannot be opened, with "Error opening
+ * /etc/wpa_supplicant.conf." on standard error (without a bracket). Write
+ * errors are not seen. The file is rewritten in place, without a lock.
+ */
+CFG_API int cfg_restoreWiFiConfig(void);
+
+/*
+ * Whether `key` has the form of a WEP key: 5 or 13 characters, or 10 or 26
+ * hexadecimal digits. 1 or 0; NULL gives 0. Prints nothing.
+ */
+CFG_API int could_be_wep(const char *key);
+
+/*
+ * Checks a BSSID and rewrites it in normal form: six groups of two lower-case
+ * hexadecimal digits, separated by colons.
+ *
+ * text  at least 18 bytes; up to six hexadecimal numbers with ":" between them.
+ *       What follows them is ignored, a missing one counts as 0
+ *
+ * Returns 1; 0 (text unchanged) when it is NULL, begins with "0", has no ":",
+ * or holds a number above ff or nothing but zeros. Prints nothing.
+ */
+CFG_API int validate_bssid(char *text);
+
+/*
+ * Appends the blocks of one network to a supplicant file. What security the
+ * network has is not known, so there is a block for each that the key allows:
+ *
+ *     8 to 63 characters        WPA with a passphrase
+ *     64 characters             WPA with a raw key
+ *     a form of could_be_wep    WEP, behind WPA where both apply
+ *     none                      an open network
+ *
+ * and none at all for a key of any other length.
+ *
+ * fp     the file, left open; NULL writes nothing
+ * index  0 the primary network, 1 to 3 the slots; not used
+ * ssid   NULL or empty writes nothing
+ * key    NULL writes nothing
+ * bssid  NULL, or the access point's in the form of validate_bssid: each block
+ *        then comes twice, pinned to it and plain
+ *
+ * SSID and key are written as they are, without escaping. The file's strings
+ * can hold every character but the line feed, which would let a value add
+ * settings of its own to the file: a network with one in its SSID or key is
+ * left out. Nothing else is checked, and the supplicant refuses the whole file,
+ * with all its networks, for one SSID of more than 32 bytes, one passphrase
+ * with a control character or one raw key that is not hexadecimal; a "#" behind
+ * an odd number of double quotes begins a comment for it. Whoever stores
+ * networks checks that. Prints nothing.
+ */
+CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const char *key,
+                                   const char *bssid);
+
+/* ======================================================================
+ * Network: Wi-Fi link
+ *
+ * The station link runs on wlan0. With a stored "apmode" of exactly "1" the
+ * camera is also an access point, on wlan1 as 192.168.213.1, for the first
+ * 1200 seconds after boot. All return 0: what the commands do is not seen.
+ * ====================================================================== */
+
+/*
+ * Takes the station link down: runs "/etc_ro/udhcpc.kill wlan0" and
+ * "killall wpa_supplicant". Takes no lock. Prints nothing.
+ */
+CFG_API int cfg_stopWiFi(void);
+
+/*
+ * Brings the link up on the file that cfg_restoreWiFiConfig wrote: clears
+ * /tmp/wps, ends the supplicant, starts it anew in the background, then the
+ * DHCP client and wpa_cli with the action script /sbin/wpa_action.kx7. In
+ * between, when an access point is wanted and its time is not over, starts
+ * hostapd and udhcpd on wlan1, or ends both and takes wlan1 down.
+ *
+ * A hostapd that runs already, or cannot be asked for, is left alone:
+ * "cfg_startWiFi:LINE hostapd alreay started." on standard error.
+ * Takes no lock. Blocks for two seconds and the commands. Returns 0.
+ */
+CFG_API int cfg_startWiFi(void);
+
+/*
+ * Takes the station link down and, unless "apmode" is "1", resets the radio
+ * through /proc/wifi_reset and /etc_ro/init.d/S30wifi. The link stays down.
+ *
+ * Holds the System V semaphore with key 0xDEF, so that no two processes reset
+ * or restart the link at once: waits for it as long as another has it, and
+ * goes on without it when there is none to be had (reported on standard error).
+ * Blocks for some three seconds more when the radio is reset. Returns 0.
+ */
+CFG_API int cfg_resetWiFi(void);
+
+/*
+ * Stops the link, resets the radio as cfg_resetWiFi does, waits 5 seconds and
+ * starts the link, all under the same semaphore. Does nothing while a live
+ * stream runs (/proc/live_streaming begins with "1"). Blocks for some ten
+ * seconds and the wait for the semaphore. Returns 0.
+ */
+CFG_API int cfg_restartWiFi(void);
+
+/*
+ * Has the watchdog restart the peer connection: in the background, sleeps and
+ * sends SIGUSR1 to morvenix_watchdog.
+ *
+ * delay_seconds  before the signal; 0 or less: at once
+ *
+ * Returns 0, without waiting. Prints nothing.
+ */
+CFG_API int cfg_restart_peerconn(int delay_seconds);
+
+/* ======================================================================
+ * Network: interface status
+ *
+ * 1 when the interface holds an IPv4 address, else 0. An IPv6 address does not
+ * count, nor does one of an alias such as eth0:1. 0 after
+ * "FUNCTION(): Error getting interface IP addresses." on standard error when
+ * the interfaces cannot be listed.
+ * ====================================================================== */
+
+/* eth0; 0 on a board without Ethernet, see cfg_check_eth_support_by_hwver. */
+CFG_API int cfg_eth_is_up(void);
+
+/* wlan0. */
+CFG_API int cfg_wlan_is_up(void);
+
+/* ======================================================================
+ * Time: time zone
+ * ====================================================================== */
+
+/*
+ * Sets the camera's time zone, named by the stored "time_zone_str", such as
+ * Europe/Oslo: letters, digits and + _ / -, which whoever stores it sees to, as
+ * it goes into a command line. In this order:
+ *
+ * - The first row of /etc_ro/time_zone that begins with the name, in any case,
+ *   gives the TZ string: what follows the name and one separator, to the line's
+ *   end, at most 127 characters. The arguments then do not matter.
+ * - Without a name or a row the TZ string is made from the arguments, such as
+ *   GMT-0130 for 90 and GMT-0130DST,M4.1.0/2,M10.5.0/2 with daylight saving:
+ *   POSIX's sign, hours and minutes without a colon. Readers differ there:
+ *   glibc takes the four digits for hours and stops at 24.
+ * - /tmp/TZ is opened for the TZ string and a line feed. "tz_string = TZ" goes
+ *   to standard error, without a bracket.
+ * - Runs "rm -rf /etc/localtime" and "cp /usr/share/zoneinfo/NAME
+ *   /tmp/localtime", the latter cut at 255 characters: at most 217 of a name
+ *   leave it whole. The line reaches /tmp/TZ when both have ended.
+ * - The relay client is told the name: message type 18, four bytes of length by
+ *   appipc_set_uint32 and the text {"timezone":"NAME"}, not escaped. The
+ *   message is allocated, and freed before the return.
+ *
+ * offset_minutes  of the zone, east of Greenwich; -1440 to 1440
+ * dst             1: daylight saving from April to October, 0: none
+ *
+ * Returns 0, also after "Fail to allocate memory" or "Fail to connect to
+ * relaycli"; -1 after "invalid param" or "fopen fail", with nothing run, sent
+ * or written. No lock: two callers at once race for the files. Blocks for the
+ * commands and the relay client.
+ */
+CFG_API int cfg_setTimeZoneDst(int offset_minutes, uint32_t dst);
+
+/*
+ * Applies the stored zone, "time_zone" (minutes) and "time_dst" with
+ * cfg_setTimeZoneDst.
+ * Returns 0; -1 after "param_get fail" or "cfg_setTimeZoneDst fail".
+ */
+CFG_API int cfg_restoreTimeZoneDst(void);
+
+/* ======================================================================
+ * Time: network time sync
+ * ====================================================================== */
+
+/*
+ * Stops the NTP client, and starts it anew when it is wanted.
+ *
+ * enable  0: runs "killall ntpd" only; anything else: then runs "ntpd" with
+ *         " -p SERVER" for each of the stored "time_server" and "time_server1"
+ *         that is not empty; whoever stores them vets them for the command line
+ *
+ * A command line of more than 255 characters is not run, and nothing says so;
+ * else prints "cfg_setTimeSync  LINE", an empty line and "Do ntpd: COMMAND",
+ * without a bracket, before it is. Blocks until ntpd has put itself in the
+ * background. Always returns 0.
+ */
+CFG_API int cfg_setTimeSync(int enable);
+
+/*
+ * Starts time sync: cfg_setTimeSync(1). No setting switches it off at start-up.
+ * Returns 0.
+ */
+CFG_API int cfg_restoreTimeSync(void);
+
+/* ======================================================================
  * Records: schedules and alarm clocks
  * ====================================================================== */
 

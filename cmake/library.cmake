@@ -9,6 +9,9 @@ add_library(cfg_set
     firmware/crc32.cpp
     firmware/upgrade.cpp
     firmware/verify.cpp
+    network/interfaces.cpp
+    network/link.cpp
+    network/supplicant.cpp
     records/features.cpp
     records/schedules.cpp
     records/sounds.cpp
@@ -21,6 +24,8 @@ add_library(cfg_set
     settings/messages.cpp
     settings/privacy.cpp
     settings/probes.cpp
+    time/sync.cpp
+    time/zone.cpp
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 

@@ -12,6 +12,9 @@ camera_root() {
         --dir /proc --dir /etc --dir /tmp --dir /var/run --dir /var/log --dir /mnt/sdcard
         --dir /flash --ro-bind /usr/lib /usr/lib --symlink usr/lib /lib --symlink desk /.camera-root)
     [ ! -d /usr/lib64 ] || root+=(--ro-bind /usr/lib64 /usr/lib64 --symlink usr/lib64 /lib64)
+    # The firmware carries the zone files of the world.
+    [ ! -d /usr/share/zoneinfo ] ||
+        root+=(--ro-bind /usr/share/zoneinfo /usr/share/zoneinfo)
     # The firmware runs as root: so does the camera, mapped to whoever starts it.
     [ "$(id -u)" -eq 0 ] || root+=(--unshare-user --uid 0 --gid 0)
 }

@@ -29,4 +29,5 @@ build_packages=(
     "busybox-static:the camera's userland"
     "dash:the camera's shell"
     "util-linux:joins a running camera"
+    "tzdata:the camera's zone files"
 )

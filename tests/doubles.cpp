@@ -24,6 +24,7 @@ std::set<std::string> refused;
 std::map<std::string, std::string> answers;
 int popen_error;
 bool run_commands;
+std::map<std::string, int> statuses;
 unsigned sleep_left;
 time_t clock_now;
 std::map<std::string, int> failing;
@@ -144,6 +145,7 @@ void LibraryTest::SetUp()
     answers.clear();
     popen_error = 0;
     run_commands = false;
+    statuses.clear();
     sleep_left = 0;
     clock_now = 0;
     failing.clear();
@@ -199,7 +201,7 @@ extern "C" {
 int system(const char *line)
 {
     record(std::string("system ") + line);
-    return run_commands ? wait_for(start_shell(line, -1)) : 0;
+    return run_commands ? wait_for(start_shell(line, -1)) : statuses[line];
 }
 
 FILE *popen(const char *line, const char *mode)

@@ -34,6 +34,9 @@ extern int popen_error;
 // Whether system runs the line for real; else it only records it.
 extern bool run_commands;
 
+// What system returns for a line that it only records; 0 for all others.
+extern std::map<std::string, int> statuses;
+
 // What sleep returns, and what happens while it sleeps.
 extern unsigned sleep_left;
 extern std::function<void()> on_sleep;

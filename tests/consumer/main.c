@@ -1,6 +1,7 @@
 /* Stores and applies a setting, with a platform of the program's own. */
 #include <cfg_set.h>
 #include <cfg_set/platform/param_store.h>
+#include <cfg_set/platform/relay_ipc.h>
 #include <cfg_set/platform/viewer_relay.h>
 #include <stdio.h>
 #include <string.h>
@@ -35,6 +36,28 @@ int msg2relay(const struct viewer_relay_msg *message)
 {
     (void)message;
     return 0;
+}
+
+void *appipc_init(const char *client_name)
+{
+    (void)client_name;
+    return NULL;
+}
+
+void appipc_set_uint32(void *buffer, uint32_t value)
+{
+    memcpy(buffer, &value, sizeof value);
+}
+
+int appipc_send(void *handle, int option, int type, unsigned int length, const void *buffer)
+{
+    (void)handle, (void)option, (void)type, (void)length, (void)buffer;
+    return -1;
+}
+
+void appipc_destroy(void *handle)
+{
+    (void)handle;
 }
 
 int main(void)

@@ -56,6 +56,9 @@ int status(const Call &call);
 int firmware(const Call &call);
 int speech(const Call &call);
 int crc(const Call &call);
+int wifi(const Call &call);
+int link_status(const Call &call);
+int time_control(const Call &call);
 
 // The one setting whose setter stores it.
 constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable";

@@ -58,6 +58,21 @@ const std::vector<Verb> VERBS = {
      firmware},
     {"speech", "", {}, 0, 0, "print whether the downloaded prompts are unpacked", speech},
     {"crc", "FILE", {"--skip N", "--limit N"}, 1, 1, "print the CRC-32 of a file", crc},
+    {"wifi",
+     "config | start | stop | reset | restart | status",
+     {},
+     1,
+     1,
+     "write the supplicant's file; control the Wi-Fi link; print its state",
+     wifi},
+    {"link", "[eth | wlan]", {}, 0, 1, "print which interfaces have an IPv4 address", link_status},
+    {"time",
+     "zone [OFFSET DST] | sync on|off",
+     {},
+     1,
+     3,
+     "set the time zone, stored or else by offset in minutes; switch time sync",
+     time_control},
 };
 
 FILE *data = nullptr;

@@ -1,0 +1,39 @@
+#include "settings/frame.h"
+
+#include <string.h>
+
+constexpr size_t COMMAND_SIZE = 256;
+
+// Adds the server stored under `key`, as far as it fits, to the command line of
+// `length` characters. The length that the line needs now.
+static size_t add_server(const char *key, char *command, size_t length)
+{
+    char server[VALUE_SIZE] = "";
+    if (param_get(key, server, sizeof server) != 0 || !*server)
+        return length;
+    if (length < COMMAND_SIZE)
+        format(command + length, COMMAND_SIZE - length, " -p %s", server);
+    return length + strlen(" -p ") + strlen(server);
+}
+
+int cfg_setTimeSync(int enable)
+{
+    run("killall ntpd");
+    if (enable == 0)
+        return 0;
+    char command[COMMAND_SIZE] = "ntpd";
+    size_t length = strlen(command);
+    length = add_server("time_server", command, length);
+    length = add_server("time_server1", command, length);
+    if (length >= COMMAND_SIZE)
+        return 0;
+    printf("%s  %d\n\n", HERE);
+    printf("Do ntpd: %s\n", command);
+    run(command);
+    return 0;
+}
+
+int cfg_restoreTimeSync(void)
+{
+    return applied("cfg_setTimeSync", cfg_setTimeSync(1), HERE);
+}
