@@ -10,7 +10,7 @@ file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} *.h)
 list(FILTER sources EXCLUDE REGEX "^build/")
 list(FILTER headers EXCLUDE REGEX "^build/")
 set(scripts .ci/run desk/camera desk/make-tools desk/root.sh desk/rootfs/etc_ro/init.d/rcS
-    scripts/demo scripts/packages.sh scripts/test tests/camera_test tests/in-root
+    scripts/bench scripts/demo scripts/packages.sh scripts/test tests/camera_test tests/in-root
     tests/package_test)
 file(GLOB chapters CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} scripts/demo.d/*.sh)
 list(APPEND scripts ${chapters})
