@@ -79,8 +79,8 @@ int alert_vclip_set_config(int enable, int duration, int prelude)
 {
     store_number("alert_vclip", enable == 1, HERE);
     store_number("alert_vclip_duration", within(duration, CLIP_MIN, CLIP_MAX, CLIP_DEFAULT), HERE);
-    store_number("alert_vclip_prelude",
-                 within(prelude, PRELUDE_MIN, PRELUDE_MAX, PRELUDE_DEFAULT), HERE);
+    store_number("alert_vclip_prelude", within(prelude, PRELUDE_MIN, PRELUDE_MAX, PRELUDE_DEFAULT),
+                 HERE);
     return 0;
 }
 

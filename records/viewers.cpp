@@ -8,14 +8,13 @@ constexpr uint8_t VIEWERS_MAX = 10;
 constexpr int LIST_IS_FULL = 10; // result of viewer_add_config
 constexpr size_t KEY_SIZE = 32;
 
-static_assert(sizeof(viewer_entry) == 355, "viewer_entry");
+// Fields are read with their sizes as precision: a caller's may lack the
+// terminator.
+static_assert(sizeof(viewer_entry) == 256 + 32 + 64 + 3, "viewer_entry");
 static_assert(sizeof(viewer_relay_msg) == 360, "viewer_relay_msg");
 static_assert(offsetof(viewer_relay_msg, passcode) == 260, "passcode");
 static_assert(offsetof(viewer_relay_msg, credential) == 292, "credential");
 static_assert(offsetof(viewer_relay_msg, once) == 356, "once");
-
-// A field as an argument of "%.*s": its terminator is the caller's promise.
-#define FIELD(field) (int)sizeof(field), (field)
 
 static void slot_key(char *key, int slot)
 {
@@ -25,8 +24,8 @@ static void slot_key(char *key, int slot)
 // The stored form of an entry; false when it does not fit.
 static bool viewer_value(const struct viewer_entry *entry, char *value)
 {
-    return format(value, VALUE_SIZE, "%.*s,%.*s,%.*s,%.*s", FIELD(entry->name),
-                  FIELD(entry->passcode), FIELD(entry->credential), FIELD(entry->once));
+    return format(value, VALUE_SIZE, "%.256s,%.32s,%.64s,%.3s", entry->name, entry->passcode,
+                  entry->credential, entry->once);
 }
 
 static bool is_named(const struct viewer_entry *entry, const char *name)
@@ -55,8 +54,8 @@ static void scan_viewer(const char *value, struct viewer_entry *entry)
     char passcode[VALUE_SIZE];
     char credential[VALUE_SIZE];
     char once[VALUE_SIZE];
-    const int fields = sscanf(value, "%255[^,\n],%255[^,\n],%255[^,\n],%255s", name, passcode,
-                              credential, once);
+    const int fields =
+        sscanf(value, "%255[^,\n],%255[^,\n],%255[^,\n],%255s", name, passcode, credential, once);
     if (fields >= 1)
         format(entry->name, sizeof entry->name, "%s", name);
     if (fields >= 2)
@@ -71,11 +70,11 @@ static int tell_relay(int32_t command, const struct viewer_entry *entry)
 {
     viewer_relay_msg message = {};
     message.command = command;
-    format(message.name, sizeof message.name, "%.*s", FIELD(entry->name));
-    format(message.passcode, sizeof message.passcode, "%.*s", FIELD(entry->passcode));
-    format(message.credential, sizeof message.credential, "%.*s", FIELD(entry->credential));
+    format(message.name, sizeof message.name, "%.256s", entry->name);
+    format(message.passcode, sizeof message.passcode, "%.32s", entry->passcode);
+    format(message.credential, sizeof message.credential, "%.64s", entry->credential);
     char once[sizeof entry->once + 1];
-    format(once, sizeof once, "%.*s", FIELD(entry->once));
+    format(once, sizeof once, "%.3s", entry->once);
     message.once = to_int(once);
     return msg2relay(&message);
 }
@@ -95,10 +94,10 @@ int viewer_get_config(uint8_t *count, struct viewer_entry *list)
         if (!*value)
             break;
         scan_viewer(value, entry);
-        REPORT_MODULE("name        = %.*s", FIELD(entry->name));
-        REPORT_MODULE("passcode    = %.*s", FIELD(entry->passcode));
-        REPORT_MODULE("credential  = %.*s", FIELD(entry->credential));
-        REPORT_MODULE("once        = %.*s", FIELD(entry->once));
+        REPORT_MODULE("name        = %.256s", entry->name);
+        REPORT_MODULE("passcode    = %.32s", entry->passcode);
+        REPORT_MODULE("credential  = %.64s", entry->credential);
+        REPORT_MODULE("once        = %.3s", entry->once);
         REPORT_MODULE("buf         = %s", value);
     }
     *count = read;

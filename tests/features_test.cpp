@@ -12,27 +12,29 @@ class FeaturesTest : public LibraryTest
 
 TEST_F(FeaturesTest, SettersStoreWhatTheirLimitsAllow)
 {
+    using Setter = std::function<int()>;
     using Calls = std::vector<std::string>;
-    for (const auto &[setter, expected] : std::vector<std::pair<std::function<int()>, Calls>>{
-             {[] { return nimbus_set_config(-5, "a b"); },
-              {"set nimbus_enable=-5", "set nimbus_folderid=a b"}},
-             {[] { return led_disable_set_config(1); },
-              {"set led_disable=1", "system killall -SIGUSR1 LEDCtrl"}},
-             {[] { return led_disable_set_config(2); },
-              {"set led_disable=0", "system killall -SIGUSR2 LEDCtrl"}},
-             {[] { return alert_vclip_set_config(1, 4, 2); },
-              {"set alert_vclip=1", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
-             {[] { return alert_vclip_set_config(1, 720, 30); },
-              {"set alert_vclip=1", "set alert_vclip_duration=720", "set alert_vclip_prelude=30"}},
-             {[] { return alert_vclip_set_config(-1, 721, 31); },
-              {"set alert_vclip=0", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
-             {[] { return alert_vclip_set_config(2, 5, 3); },
-              {"set alert_vclip=0", "set alert_vclip_duration=5", "set alert_vclip_prelude=3"}},
-             {[] { return event_set_config(INT32_MIN, 99); },
-              {"set event_s3_setting=-2147483648", "set event_push_setting=99"}},
-             {[] { return media_server_set_config(1, -2, 3); },
-              {"set media_server_enable=1", "set media_server_auth=-2",
-               "set kurento_max_video_level=3"}}}) {
+    const std::vector<std::pair<Setter, Calls>> CASES = {
+        {[] { return nimbus_set_config(-5, "a b"); },
+         {"set nimbus_enable=-5", "set nimbus_folderid=a b"}},
+        {[] { return led_disable_set_config(1); },
+         {"set led_disable=1", "system killall -SIGUSR1 LEDCtrl"}},
+        {[] { return led_disable_set_config(2); },
+         {"set led_disable=0", "system killall -SIGUSR2 LEDCtrl"}},
+        {[] { return alert_vclip_set_config(1, 4, 2); },
+         {"set alert_vclip=1", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
+        {[] { return alert_vclip_set_config(1, 720, 30); },
+         {"set alert_vclip=1", "set alert_vclip_duration=720", "set alert_vclip_prelude=30"}},
+        {[] { return alert_vclip_set_config(-1, 721, 31); },
+         {"set alert_vclip=0", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
+        {[] { return alert_vclip_set_config(2, 5, 3); },
+         {"set alert_vclip=0", "set alert_vclip_duration=5", "set alert_vclip_prelude=3"}},
+        {[] { return event_set_config(INT32_MIN, 99); },
+         {"set event_s3_setting=-2147483648", "set event_push_setting=99"}},
+        {[] { return media_server_set_config(1, -2, 3); },
+         {"set media_server_enable=1", "set media_server_auth=-2",
+          "set kurento_max_video_level=3"}}};
+    for (const auto &[setter, expected] : CASES) {
         calls.clear();
         refused.clear();
         EXPECT_EQ(observe(setter).out, "");

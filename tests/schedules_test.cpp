@@ -110,20 +110,22 @@ TEST_F(SchedulesTest, SettersEmptyTheSlotsStoreTheListAndSignal)
 
 TEST_F(SchedulesTest, ListsThatCannotBeStoredLeaveTheStoredOnes)
 {
+    using Setter = std::function<int()>;
     const std::vector<sched_entry> list(101);
     const std::string longest(500, 't');
     std::vector<alarm_clock_entry> clocks(101, alarm_clock(longest));
     clocks.back() = alarm_clock(longest + "t");
     alarm_clock_entry open = alarm_clock(std::string(512, 't')); // not even terminated
-    for (const auto &[setter, out] : std::vector<std::pair<std::function<int()>, std::string>>{
-             {[&] { return sched_set_config(101, list.data()); },
-              "[sched_set_config #] invalid count 101\n"},
-             {[&] { return alarm_set_config(101, clocks.data()); },
-              "[alarm_set_config #] invalid count 101\n"},
-             {[&] { return alarm_set_config(2, &clocks[99]); },
-              "[alarm_set_config #] invalid alarm clock text\n"},
-             {[&] { return alarm_set_config(1, &open); },
-              "[alarm_set_config #] invalid alarm clock text\n"}}) {
+    const std::vector<std::pair<Setter, std::string>> CASES = {
+        {[&] { return sched_set_config(101, list.data()); },
+         "[sched_set_config #] invalid count 101\n"},
+        {[&] { return alarm_set_config(101, clocks.data()); },
+         "[alarm_set_config #] invalid count 101\n"},
+        {[&] { return alarm_set_config(2, &clocks[99]); },
+         "[alarm_set_config #] invalid alarm clock text\n"},
+        {[&] { return alarm_set_config(1, &open); },
+         "[alarm_set_config #] invalid alarm clock text\n"}};
+    for (const auto &[setter, out] : CASES) {
         const Outcome set = observe(setter);
         EXPECT_EQ(set.result, 0);
         EXPECT_EQ(set.out, out);

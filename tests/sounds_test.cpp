@@ -4,10 +4,43 @@
 #include "doubles.h"
 
 #include <cstdlib>
+#include <cstring>
 
 using namespace doubles;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+// How many more allocations succeed, below 0 any number; and what is not freed.
+static int allocations_left = -1;
+static int held;
+
+// The linker's names for what --wrap goes around.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" {
+void *__real_malloc(size_t size);
+void __real_free(void *memory);
+
+void *__wrap_malloc(size_t size)
+{
+    if (allocations_left >= 0 && allocations_left-- == 0)
+        return nullptr;
+    held++;
+    return __real_malloc(size);
+}
+
+char *__wrap_strdup(const char *text)
+{
+    char *copy = static_cast<char *>(__wrap_malloc(strlen(text) + 1));
+    return copy ? strcpy(copy, text) : nullptr;
+}
+
+void __wrap_free(void *memory)
+{
+    held -= memory ? 1 : 0;
+    __real_free(memory);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 class SoundsTest : public LibraryTest
 {
@@ -198,4 +231,19 @@ TEST_F(SoundsTest, ReplacementSearchesAnewFromTheFront)
             EXPECT_EQ(result, nullptr);
         free(result);
     }
+}
+
+TEST_F(SoundsTest, ReplacementFreesWhatItDoesNotReturn)
+{
+    const int before = held;
+    for (int allowed = 0; allowed <= 4; allowed++) {
+        allocations_left = allowed;
+        char *const result = str_replace("a-b-c-d", "-", "+");
+        allocations_left = -1;
+        EXPECT_EQ(held, before + (result ? 1 : 0)) << allowed;
+        EXPECT_EQ(result != nullptr, allowed == 4) << "a copy and three replacements";
+        free(result);
+    }
+    EXPECT_EQ(str_replace("a-b", "-", "--"), nullptr);
+    EXPECT_EQ(held, before);
 }

@@ -201,6 +201,7 @@ TEST_F(UploadTest, NewSettingsReachTheDaemon)
         };
         calls.clear();
         const Outcome set = observe([&, &texts = given] { return set_config(texts); });
+        on_sleep = nullptr;
         EXPECT_EQ(set.result, 0);
         EXPECT_EQ(acts(), given + (given.empty() || expected.empty() ? "" : ", ") + expected)
             << "from mode " << old_mode;

@@ -59,6 +59,12 @@ int crc(const Call &call);
 int wifi(const Call &call);
 int link_status(const Call &call);
 int time_control(const Call &call);
+int upload(const Call &call);
+int schedule(const Call &call);
+int alarm_clock(const Call &call);
+int viewer(const Call &call);
+int sound(const Call &call);
+int feature(const Call &call);
 
 // The one setting whose setter stores it.
 constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable";
@@ -71,6 +77,12 @@ void print_json(const Json &json);
 // Hands on what was printed, for verbs that go on; false when it cannot be.
 bool flush();
 
+// The members of an object, a line each for people. Returns OK.
+int print_object(const Call &call, const Json &json);
+
+// A number or text as people read it.
+std::string text_of(const Json &value);
+
 // "cfgctl: TEXT" on standard error.
 void complain(const std::string &text);
 
@@ -79,6 +91,12 @@ std::string columns(const std::vector<std::vector<std::string>> &rows);
 
 // The whole text as a decimal number of 32 bits.
 std::optional<uint32_t> number(const std::string &text);
+
+// The whole text as a decimal number of 32 bits with a sign.
+std::optional<int32_t> integer(const std::string &text);
+
+// Saves the store unless the call says --no-save: the last step of a change.
+int save(const Call &call);
 
 // A stored value, as far as 4095 characters.
 std::optional<std::string> stored(const std::string &key);

@@ -73,6 +73,42 @@ const std::vector<Verb> VERBS = {
      3,
      "set the time zone, stored or else by offset in minutes; switch time sync",
      time_control},
+    {"upload",
+     "status | config [NAME=VALUE...] | wake | stop | notify | recover PATH",
+     {"--no-save"},
+     1,
+     6,
+     "ask, configure and drive the upload daemon",
+     upload},
+    {"schedule",
+     "list | set [FILE]",
+     {"--no-save"},
+     1,
+     2,
+     "list the schedules, or store others: JSON as listed, or one a line",
+     schedule},
+    {"alarm", "list | set [FILE]", {"--no-save"}, 1, 2, "the same for alarm clocks", alarm_clock},
+    {"viewer",
+     "list | add NAME PASSCODE CREDENTIAL [ONCE] | del NAME",
+     {"--no-save"},
+     1,
+     5,
+     "list and change the viewers, at the relay too",
+     viewer},
+    {"sound",
+     "alert | greeting | alarm [PATH], or volume [0-2]",
+     {"--no-save"},
+     1,
+     2,
+     "print or choose a sound or the alert volume",
+     sound},
+    {"feature",
+     "list | NAME [VALUES...]",
+     {"--no-save"},
+     1,
+     4,
+     "print or change feature switches",
+     feature},
 };
 
 FILE *data = nullptr;
@@ -190,6 +226,23 @@ void print_json(const Json &json)
     print(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
+int print_object(const Call &call, const Json &json)
+{
+    std::vector<std::vector<std::string>> rows;
+    for (const auto &[name, value] : json.items())
+        rows.push_back({name, text_of(value)});
+    if (call.json)
+        print_json(json);
+    else
+        print(columns(rows));
+    return OK;
+}
+
+std::string text_of(const Json &value)
+{
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
 void complain(const std::string &text)
 {
     std::fflush(stdout); // the library's reports come first
@@ -216,14 +269,32 @@ std::string columns(const std::vector<std::vector<std::string>> &rows)
     return text;
 }
 
-std::optional<uint32_t> number(const std::string &text)
+template <typename Number> static std::optional<Number> whole(const std::string &text)
 {
-    uint32_t value = 0;
+    Number value = 0;
     const char *end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || rest != end)
         return std::nullopt;
     return value;
+}
+
+std::optional<uint32_t> number(const std::string &text)
+{
+    return whole<uint32_t>(text);
+}
+
+std::optional<int32_t> integer(const std::string &text)
+{
+    return whole<int32_t>(text);
+}
+
+int save(const Call &call)
+{
+    if (call.has("--no-save") || param_save() == 0)
+        return OK;
+    complain("the change is stored, but the store cannot be saved");
+    return STORE_FAILED;
 }
 
 std::optional<std::string> stored(const std::string &key)
