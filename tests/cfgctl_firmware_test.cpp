@@ -20,12 +20,6 @@ class CfgctlFirmwareTest : public CameraTest
     }
 };
 
-static Outcome cfgctl(std::vector<std::string> words)
-{
-    words.insert(words.begin(), "cfgctl");
-    return run_program(words);
-}
-
 static Outcome check(const std::string &bytes)
 {
     write_file("/tmp/image", bytes);

@@ -289,7 +289,7 @@ int semctl(int id, int number, int command, ...)
 
 int semop(int id, sembuf *operations, size_t count)
 {
-    if (operations->sem_op > 0 && fails("unlock"))
+    if (fails("semop") || (operations->sem_op > 0 && fails("unlock")))
         return -1;
     return real<decltype(semop)>("semop")(id, operations, count);
 }

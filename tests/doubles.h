@@ -45,7 +45,7 @@ extern std::function<void()> on_sleep;
 extern time_t clock_now;
 
 // System V calls that fail, and their errno: "msgget", "semget", "SETALL" (a semctl),
-// "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
+// "semop", "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
 extern std::map<std::string, int> failing;
 extern void *failed_address;
 

@@ -12,7 +12,7 @@ class ProbesTest : public LibraryTest
 };
 
 // What the probe answers, printing nothing, for each content of its file.
-static std::vector<int> answers(int (*probe)(), const std::string &path,
+static std::vector<int> probed(int (*probe)(), const std::string &path,
                                 const std::vector<std::string> &contents)
 {
     std::vector<int> numbers;
@@ -35,10 +35,10 @@ TEST_F(ProbesTest, FirstLinesOfDriversAreNumbersAndMissingOnesTheirFallback)
     for (const auto &[path, probe, fallback] : probes) {
         EXPECT_EQ(probe(), fallback) << path;
         EXPECT_THAT(
-            answers(probe, path, {"27\n9", "3", std::string("2\0", 2), "-5", "", "\n7", "dark"}),
+            probed(probe, path, {"27\n9", "3", std::string("2\0", 2), "-5", "", "\n7", "dark"}),
             ElementsAre(27, 3, 2, -5, 0, 0, 0));
         EXPECT_THAT(
-            answers(probe, path,
+            probed(probe, path,
                     {"99999999999", std::string(30, ' ') + "12", std::string(5000, '0') + "1"}),
             ElementsAre(INT32_MAX, 1, 0));
     }
@@ -51,9 +51,9 @@ TEST_F(ProbesTest, EventsAreValidWithoutTheirFile)
         {"/proc/is_valid_track_event", is_valid_track_event}};
     for (const auto &[path, probe] : probes) {
         EXPECT_EQ(probe(), 1);
-        EXPECT_THAT(answers(probe, path, {"1", "-3", "\n\n1", std::string(31, '0') + "1"}),
+        EXPECT_THAT(probed(probe, path, {"1", "-3", "\n\n1", std::string(31, '0') + "1"}),
                     testing::Each(1));
-        EXPECT_THAT(answers(probe, path, {"0", "", "yes", std::string(32, '0') + "1"}),
+        EXPECT_THAT(probed(probe, path, {"0", "", "yes", std::string(32, '0') + "1"}),
                     testing::Each(0));
     }
 }
@@ -62,9 +62,9 @@ TEST_F(ProbesTest, EnhancedModeIsTheCharacterOne)
 {
     const std::string path = "/proc/azba_enhanced";
     EXPECT_EQ(get_enhanced_mode(), 0);
-    EXPECT_THAT(answers(get_enhanced_mode, path, {"10", "1\n", std::string(100, '1')}),
+    EXPECT_THAT(probed(get_enhanced_mode, path, {"10", "1\n", std::string(100, '1')}),
                 testing::Each(1));
-    EXPECT_THAT(answers(get_enhanced_mode, path, {"0", "2", " 1", ""}), testing::Each(0));
+    EXPECT_THAT(probed(get_enhanced_mode, path, {"0", "2", " 1", ""}), testing::Each(0));
 }
 
 TEST_F(ProbesTest, StoredFlagsAreTheirFirstCharacter)
@@ -88,7 +88,7 @@ TEST_F(ProbesTest, NeuralNetworkFlagsComeFromTheParamTool)
     const std::map<std::string, int (*)()> probes = {{"nn_enable", is_nn_enable},
                                                      {"sound_nn_enable", is_sound_nn_enable}};
     for (const auto &[key, probe] : probes) {
-        EXPECT_THAT(answers(probe, "/tmp/" + key,
+        EXPECT_THAT(probed(probe, "/tmp/" + key,
                             {"1\n2\n", "", "no value\n", std::string(62, ' ') + "12"}),
                     ElementsAre(1, 0, 0, 1));
         EXPECT_EQ(calls.back(), "popen param get " + key);
@@ -105,7 +105,7 @@ TEST_F(ProbesTest, ActivityZonesAreOneDigit)
     EXPECT_EQ(missing.result, 0);
     EXPECT_EQ(missing.err, "fopen: No such file or directory\n");
     const auto read = [] { return activity_zones_state(0, 9); };
-    EXPECT_THAT(answers(read, file, {std::string("7\0", 2), "5", "3\n", "456", "", "x1"}),
+    EXPECT_THAT(probed(read, file, {std::string("7\0", 2), "5", "3\n", "456", "", "x1"}),
                 ElementsAre(7, 5, 3, 45, 0, 0));
 
     EXPECT_EQ(activity_zones_state(-1, 7), 0);

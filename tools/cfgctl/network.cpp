@@ -92,7 +92,7 @@ int write_config(const Call &call)
     return OK;
 }
 
-int status(const Call &call)
+int print_state(const Call &call)
 {
     const bool up = cfg_wlan_is_up() != 0;
     const bool access_point = stored("apmode").value_or("") == "1";
@@ -117,7 +117,7 @@ int wifi(const Call &call)
     if (action == "config")
         return write_config(call);
     if (action == "status")
-        return status(call);
+        return print_state(call);
     const std::map<std::string, int (*)()> controls = {{"start", cfg_startWiFi},
                                                        {"stop", cfg_stopWiFi},
                                                        {"reset", cfg_resetWiFi},

@@ -14,7 +14,7 @@ namespace
 
 const std::set<std::string> SETTINGS = {"user", "pass", "target", "mode", "size"};
 
-int status(const Call &call)
+int print_state(const Call &call)
 {
     return print_object(call, {{"mode", smbu_status()}, {"running", smbu_exist() != 0}});
 }
@@ -108,7 +108,7 @@ int upload(const Call &call)
         return config(call);
     if (call.arguments.size() == 1) {
         if (action == "status")
-            return status(call);
+            return print_state(call);
         if (action == "stop")
             return only_if(smbu_exist() != 0 && smbu_force_stop() == 0, "the daemon does not run");
         if (action == "wake")
