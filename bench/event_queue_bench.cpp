@@ -495,7 +495,7 @@ int main(int argc, char **argv)
     }
     count_calls(argv[0]);
     beside_hand();
-    fflush(stdout); _exit(0);
+    by_events_held();
     by_processes();
     return 0;
 }

@@ -163,14 +163,14 @@ TEST_F(EventQueueTest, LoaderTakesRingsAndRefusesTheRest)
         std::string reports;
         if (image.report && *image.report)
             reports = std::string("[checkEventQueue #] ") + image.report + "\n";
-        const bool refused = !image.report || *image.report;
-        if (refused)
+        const bool is_refused = !image.report || *image.report;
+        if (is_refused)
             reports += "[getEventQueue #] load fail\n";
         const Outcome outcome = observe(cfg_isEventQueueEmpty);
         EXPECT_EQ(outcome.out, reports);
-        EXPECT_EQ(outcome.result, refused || loaded.count == 0);
-        EXPECT_EQ(bytes(ring()), bytes(refused ? EventQueue{} : loaded));
-        if (refused) {
+        EXPECT_EQ(outcome.result, is_refused || loaded.count == 0);
+        EXPECT_EQ(bytes(ring()), bytes(is_refused ? EventQueue{} : loaded));
+        if (is_refused) {
             EXPECT_THAT(recorded("system"), ElementsAre("rm -rf /mnt/sdcard/video/.event"));
             EXPECT_NE(access(EVENT_QUEUE_FILE, F_OK), 0);
         } else {

@@ -10,10 +10,11 @@
 #include <unistd.h>
 
 // Takes out what differs from run to run: the source lines of reports, and the
-// sanitizers' complaint that the root has no kernel's /proc.
+// sanitizers' complaints that the root has no kernel's /proc.
 static std::string settled(const std::string &text)
 {
-    static const std::regex SANITIZER("==\\d+==WARNING: reading executable name failed[^\n]*\n");
+    static const std::regex SANITIZER("==\\d+==WARNING: (reading executable name failed[^\n]*\n|"
+                                      "ASan is ignoring requested[^\n]*\n[^\n]*\n[^\n]*\n)");
     static const std::regex REPORT(R"((^|\n)\[(cfg_set )?(\w+) [1-9]\d*\])");
     static const std::regex BARE(R"((^|\n)(\w+)(:|\t)[1-9]\d* )");
     return std::regex_replace(
