@@ -961,8 +961,8 @@ CFG_API uint32_t cfg_getCrc32(const void *buf, uint32_t len);
  * a read returns nothing; an error counts as the end (see ferror).
  *
  * fp       open for reading; stays open
- * dwSkip   leading bytes to leave out, at most 511 and fewer than the stream
- *          has: a read that is no longer than the skip is taken in whole, and
+ * dwSkip   leading bytes to leave out, at most 511 and fewer than there are to
+ *          read: a read that is no longer than the skip is taken in whole, and
  *          the skip waits for a longer one
  * dwLimit  bytes to read, the skipped ones included; 0 for all of them
  *

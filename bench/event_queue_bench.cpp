@@ -137,7 +137,7 @@ static double cost(const Run &run)
 // How many times as fast as `other` `one` is: the median of many turns.
 static double speed(const Run &one, const Run &other)
 {
-    constexpr size_t ROUNDS = 801;
+    constexpr size_t ROUNDS = 401;
     std::vector<double> ratios;
     while (ratios.size() < ROUNDS) {
         const bool first = ratios.size() % 2 == 0;
@@ -196,71 +196,8 @@ static void count_calls(const std::string &self)
 
 // ---- One process.
 
-#include "events/lock.h"
-static void hand_stdio()
-{
-    const int lock = semget(EVENT_SEM_KEY, 1, 0);
-    sembuf take = {0, -1, SEM_UNDO};
-    sembuf give = {0, 1, SEM_UNDO};
-    require(semop(lock, &take, 1) == 0, "semop");
-    const int segment = shmget(EVENT_SHM_KEY, sizeof(EventQueue), 0666);
-    auto *queue = static_cast<EventQueue *>(shmat(segment, nullptr, 0));
-    queue->head = slot_of(queue->head + 1);
-    queue->count--;
-    FILE *f = fopen(EVENT_QUEUE_FILE, "w+");
-    setvbuf(f, nullptr, _IONBF, 0);
-    fwrite(queue, 1, sizeof *queue, f);
-    fclose(f);
-    shmdt(queue);
-    require(semop(lock, &give, 1) == 0, "semop");
-}
-static void hand_lock()
-{
-    const int lock = sem_get(EVENT_SEM_KEY);
-    EventQueue *queue = getEventQueue();
-    queue->head = slot_of(queue->head + 1);
-    queue->count--;
-        const int file = open(EVENT_QUEUE_FILE, O_RDWR | O_CREAT | O_TRUNC, 0666);
-        require(write(file, queue, sizeof *queue) == sizeof *queue, "write");
-        close(file);
-    putEventQueue(queue);
-    sem_put(lock);
-}
-static void v2()
-{
-    by_hand(false, [](EventQueue &queue) {
-        queue.head = slot_of(queue.head + 1);
-        queue.count--;
-        saveEventQueue(&queue);
-    });
-}
-static void v3()
-{
-    const int lock = sem_get(EVENT_SEM_KEY);
-    EventQueue *queue = getEventQueue();
-    queue->head = slot_of(queue->head + 1);
-    queue->count--;
-        saveEventQueue(queue);
-    putEventQueue(queue);
-    sem_put(lock);
-}
 static void beside_hand()
 {
-    { const Operation filled = [] { hold(256); };
-    for (int i = 0; i < 3; i++)
-    std::printf("  V1 %.4f V2 %.4f V3 %.4f V4 %.4f raw %.4f hand %.4f\n", speed({filled, hand_stdio}, {filled, dequeue_by_hand}), speed({filled, v2}, {filled, dequeue_by_hand}), speed({filled, v3}, {filled, dequeue_by_hand}), speed({filled, dequeue}, {filled, dequeue_by_hand}), speed({filled, hand_lock}, {filled, dequeue_by_hand}), speed({filled, dequeue_by_hand}, {filled, dequeue_by_hand}));
-    }
-
-    { const Operation filled = [] { hold(256); };
-    std::printf("  stdio by hand  %.3f\n", speed({filled, hand_stdio}, {filled, dequeue_by_hand}));
-    std::printf("  lock/ring of lib, raw write  %.3f\n", speed({filled, hand_lock}, {filled, dequeue_by_hand}));
-    std::printf("  hand vs hand  %.3f\n", speed({filled, dequeue_by_hand}, {filled, dequeue_by_hand}));
-    std::printf("  lib vs stdio by hand  %.3f\n", speed({filled, dequeue}, {filled, hand_stdio}));
-    std::printf("  lib enq vs deq  %.3f\n", speed({filled, dequeue}, {filled, enqueue}));
-    std::printf("  hand enq vs deq  %.3f\n", speed({filled, dequeue_by_hand}, {filled, enqueue_by_hand}));
-    std::printf("  hand op us %.3f\n", cost({filled, dequeue_by_hand})/50*1e6);
-    std::printf("  hand peek us %.3f\n", cost({filled, peek_by_hand})/50*1e6);
-    }
     const Operation empty = [] { hold(0); };
     const Operation filled = [] { hold(256); };
     std::puts("\nTimes as fast as the same calls by hand (0.97 is wanted):");
@@ -283,8 +220,8 @@ static void by_events_held()
          {std::pair<const char *, Operation>{"change", drop_and_add}, {"peek", peek}}) {
         std::printf("  %-8s", name);
         for (const uint32_t events : {256U, 512U})
-            std::printf("  %.3f", speed({[=] { hold(events); }, operation},
-                                        {[] { hold(1); }, operation}));
+            std::printf("  %.3f",
+                        speed({[=] { hold(events); }, operation}, {[] { hold(1); }, operation}));
         std::puts("");
     }
 }
@@ -423,8 +360,8 @@ static double changes(Opener open, int processes)
         std::atomic<int> ready;
         std::atomic<long> pairs;
     };
-    auto *shared = static_cast<Shared *>(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE,
-                                              MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    auto *shared = static_cast<Shared *>(
+        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     const auto trade = [&] {
         const Operation operation = open();
         shared->ready++;

@@ -111,8 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     const bool good = is_ring(file);
     const bool empty = cfg_isEventQueueEmpty() == 1;
-    const std::string ring = good ? file.substr(0, sizeof(EventQueue))
-                                  : std::string(sizeof(EventQueue), '\0');
+    const std::string ring =
+        good ? file.substr(0, sizeof(EventQueue)) : std::string(sizeof(EventQueue), '\0');
     const uint32_t count = word(ring, 2);
     require(in_memory() == ring);
     require(empty == (count == 0));

@@ -69,8 +69,8 @@ class EventProcessTest : public CameraTest
 // Memory that the processes of a test share, all zero.
 template <typename Type> static Type *shared()
 {
-    return static_cast<Type *>(mmap(nullptr, sizeof(Type), PROT_READ | PROT_WRITE,
-                                    MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    return static_cast<Type *>(
+        mmap(nullptr, sizeof(Type), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 }
 
 static pid_t spawn(const std::function<int()> &code)
@@ -356,8 +356,8 @@ class Traced
 
 // Kills a child before every instruction of `code` and after the last; `look`
 // sees what it leaves and puts things back. The system calls that `code` makes.
-static std::vector<unsigned long long>
-kill_at_every_instruction(const std::function<int()> &code, const std::function<void()> &look)
+static std::vector<unsigned long long> kill_at_every_instruction(const std::function<int()> &code,
+                                                                 const std::function<void()> &look)
 {
     std::vector<unsigned long long> instructions;
     std::vector<unsigned long long> system_calls;
@@ -445,15 +445,13 @@ TEST_F(EventProcessTest, KilledAtAnyInstructionAChangeIsMadeOrNotMade)
 #if CAN_STEP
     put_ring({510, 0, 2, {}});
     EXPECT_THAT(left_behind([] { return cfg_enqueueEvent(4); }),
-                testing::UnorderedElementsAre("ring before, card before",
-                                              "ring before, card before, unused slot written",
-                                              "ring after, card before", "ring after, card empty",
-                                              "ring after, card after"));
+                testing::UnorderedElementsAre(
+                    "ring before, card before", "ring before, card before, unused slot written",
+                    "ring after, card before", "ring after, card empty", "ring after, card after"));
     put_ring({510, 3, 5, {}});
     EXPECT_THAT(left_behind([] { return cfg_dequeueEvent(3); }),
-                testing::UnorderedElementsAre("ring before, card before",
-                                              "ring after, card before", "ring after, card empty",
-                                              "ring after, card after"));
+                testing::UnorderedElementsAre("ring before, card before", "ring after, card before",
+                                              "ring after, card empty", "ring after, card after"));
 #else
     GTEST_SKIP() << "steps x86-64 programs only";
 #endif
@@ -480,7 +478,9 @@ TEST_F(EventProcessTest, FirstCallKilledAtAnySystemCall)
         const bool made = shmget(EVENT_SHM_KEY, 0, 0) >= 0;
         const bool taken = lock >= 0 && semctl(lock, 0, GETVAL) == 0;
         const uint32_t count = made ? ring().count : 0;
-        states.insert(std::string(lock < 0 ? "no lock" : taken ? "lock taken" : "lock free") +
+        states.insert(std::string(lock < 0 ? "no lock"
+                                  : taken  ? "lock taken"
+                                           : "lock free") +
                       (made ? ", events " + std::to_string(count) : ", no ring"));
         if (taken)
             remove_lock();

@@ -140,11 +140,14 @@ TEST_F(EventQueueTest, LoaderTakesRingsAndRefusesTheRest)
         {indices(5, 3, 2), {}, "invalid head[5] tail[3] count[2]"},
         {indices(0, 0, 0), {{511, {5, 0}}}, "invalid type i[511][5]"},
         {indices(0, 0, 0), {{0, {UINT32_MAX, NOW}}}, "invalid type i[0][4294967295]", FLOOR},
-        {indices(0, 0, 0), {{1, {0, NOW}}, {2, {9, 0}}},
+        {indices(0, 0, 0),
+         {{1, {0, NOW}}, {2, {9, 0}}},
          "invalid time i[1][1700000000] >= now[1700000000]"},
         {indices(0, 0, 0), {{1, {9, NOW}}}, "invalid type i[1][9]"},
-        {indices(0, 0, 0), {{9, {0, UINT32_MAX}}},
-         "invalid time i[9][4294967295] >= now[1390000001]", FLOOR + 1},
+        {indices(0, 0, 0),
+         {{9, {0, UINT32_MAX}}},
+         "invalid time i[9][4294967295] >= now[1390000001]",
+         FLOOR + 1},
         {indices(0, 0, 0), {}, nullptr, NOW, 4107},
         {indices(0, 0, 0), {}, nullptr, NOW, 0},
     };
@@ -236,9 +239,8 @@ TEST_F(EventQueueTest, DroppingTakesTheOldestAndSavesOnlyAChange)
 {
     const auto drop = [](uint32_t count, bool all) {
         unlink(EVENT_QUEUE_FILE);
-        const Outcome outcome = observe([&] {
-            return all ? cfg_dequeueAllEvent() : cfg_dequeueEvent(count);
-        });
+        const Outcome outcome =
+            observe([&] { return all ? cfg_dequeueAllEvent() : cfg_dequeueEvent(count); });
         EXPECT_EQ(outcome.result, 0);
         EXPECT_EQ(outcome.out + outcome.err, "");
         return access(EVENT_QUEUE_FILE, F_OK) == 0;

@@ -64,7 +64,7 @@ class LinkTest : public LibraryTest
     {
         LibraryTest::SetUp();
         uptime = 100;
-        }
+    }
 };
 
 // Runs `code` and expects nothing but `expected` of it, and no words.

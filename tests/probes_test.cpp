@@ -13,7 +13,7 @@ class ProbesTest : public LibraryTest
 
 // What the probe answers, printing nothing, for each content of its file.
 static std::vector<int> probed(int (*probe)(), const std::string &path,
-                                const std::vector<std::string> &contents)
+                               const std::vector<std::string> &contents)
 {
     std::vector<int> numbers;
     for (const std::string &text : contents) {
@@ -39,7 +39,7 @@ TEST_F(ProbesTest, FirstLinesOfDriversAreNumbersAndMissingOnesTheirFallback)
             ElementsAre(27, 3, 2, -5, 0, 0, 0));
         EXPECT_THAT(
             probed(probe, path,
-                    {"99999999999", std::string(30, ' ') + "12", std::string(5000, '0') + "1"}),
+                   {"99999999999", std::string(30, ' ') + "12", std::string(5000, '0') + "1"}),
             ElementsAre(INT32_MAX, 1, 0));
     }
 }
@@ -88,9 +88,9 @@ TEST_F(ProbesTest, NeuralNetworkFlagsComeFromTheParamTool)
     const std::map<std::string, int (*)()> probes = {{"nn_enable", is_nn_enable},
                                                      {"sound_nn_enable", is_sound_nn_enable}};
     for (const auto &[key, probe] : probes) {
-        EXPECT_THAT(probed(probe, "/tmp/" + key,
-                            {"1\n2\n", "", "no value\n", std::string(62, ' ') + "12"}),
-                    ElementsAre(1, 0, 0, 1));
+        EXPECT_THAT(
+            probed(probe, "/tmp/" + key, {"1\n2\n", "", "no value\n", std::string(62, ' ') + "12"}),
+            ElementsAre(1, 0, 0, 1));
         EXPECT_EQ(calls.back(), "popen param get " + key);
         popen_error = ENOMEM;
         EXPECT_EQ(probe(), 0);
