@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     while (!text.empty()) {
         expect_block(text, ssid, key);
         if (pinned) {
-            expect(text, "\tbssid=" + std::string(bssid.data()) + "\n}\n");
+            expect(text, std::string("\tbssid=").append(bssid.data()).append("\n}\n"));
             expect_block(text, ssid, key);
         }
         expect(text, "}\n");

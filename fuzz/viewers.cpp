@@ -82,8 +82,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (int slot = 0; slot < 12 && !text.empty(); slot++) {
         char key[32];
         std::snprintf(key, sizeof key, "viewer_list_%02d", slot);
-        store[key] = text.c_str();
-        text.erase(0, store[key].size() + 1);
+        const size_t end = std::min(text.find('\0'), text.size());
+        store[key] = text.substr(0, end);
+        text.erase(0, end + 1);
     }
     auto entries = listed();
     auto before = store;

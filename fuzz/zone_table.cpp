@@ -37,7 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const size_t feed = input.find('\n');
     if (feed == std::string::npos)
         return 0;
-    const std::string name = input.substr(0, std::min<size_t>(feed, 255)).c_str();
+    std::string name = input.substr(0, std::min<size_t>(feed, 255));
+    name.resize(strlen(name.c_str())); // the store keeps no NUL
     const std::string table = input.substr(feed + 1);
     mkdir("/etc_ro", 0755);
     FILE *file = std::fopen("/etc_ro/time_zone", "w");

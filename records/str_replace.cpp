@@ -8,14 +8,11 @@ static char *replaced(const char *text, const char *found, size_t old_length,
                       const char *replacement)
 {
     const size_t before = (size_t)(found - text);
-    const size_t length = strlen(replacement);
-    const size_t after = strlen(found + old_length) + 1; // with the terminator
-    char *result = (char *)malloc(before + length + after);
+    char *result = (char *)malloc(strlen(text) - old_length + strlen(replacement) + 1);
     if (!result)
         return nullptr;
     memcpy(result, text, before);
-    memcpy(result + before, replacement, length);
-    memcpy(result + before + length, found + old_length, after);
+    strcpy(stpcpy(result + before, replacement), found + old_length);
     return result;
 }
 

@@ -67,7 +67,7 @@ TEST_F(CfgctlEventsTest, WrongInputIsRefused)
 
 TEST_F(CfgctlEventsTest, RingThatCannotBeHadIsAFailure)
 {
-    shmget(EVENT_SHM_KEY, 16, IPC_CREAT | 0666);
+    ASSERT_GE(shmget(EVENT_SHM_KEY, 16, IPC_CREAT | 0666), 0);
     EXPECT_EQ(cfgctl({"events"}).result, 1);
     for (const char *action : {"add", "drop"})
         EXPECT_EQ(cfgctl({"events", action, "1"}).result, 4);

@@ -203,7 +203,8 @@ TEST_F(UploadTest, NewSettingsReachTheDaemon)
         const Outcome set = observe([&, &texts = given] { return set_config(texts); });
         on_sleep = nullptr;
         EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(acts(), given + (given.empty() || expected.empty() ? "" : ", ") + expected)
+        const std::string between = given.empty() || expected.empty() ? "" : ", ";
+        EXPECT_EQ(acts(), std::string(given).append(between).append(expected))
             << "from mode " << old_mode;
         const std::string wait = "Wait smbu is terminated\n";
         const bool stops = runs && given.find_first_of("upt") == 0;
