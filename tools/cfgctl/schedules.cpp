@@ -159,7 +159,7 @@ Json from_line(const List &list, std::string line)
         else if (value)
             entry[name] = *value;
         else
-            throw BadInput(std::string(name).append(NO_NUMBER).append(field));
+            throw BadInput(name + NO_NUMBER + field);
         line.erase(0, comma == std::string::npos ? comma : comma + 1);
     }
     return entry;
