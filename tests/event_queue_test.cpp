@@ -337,7 +337,7 @@ TEST_F(EventQueueTest, EveryCallReportsThatItCannotHaveLockOrRing)
 TEST_F(EventQueueTest, OnlyANullAddressCountsAsAFailureToAttach)
 {
     failing = {{"shmat", ENOMEM}};
-    failed_address = reinterpret_cast<void *>(-1);
+    failed_address = reinterpret_cast<void *>(-1); // NOLINT(performance-no-int-to-ptr)
     EventQueue *queue = nullptr;
     const Outcome outcome = observe([&] {
         queue = getEventQueue();
@@ -413,14 +413,14 @@ TEST_F(EventQueueTest, CardThatCannotBeWrittenLeavesTheChangeInMemory)
 TEST_F(EventQueueTest, SegmentOfAnotherSize)
 {
     restart();
-    int segment = shmget(EVENT_SHM_KEY, sizeof(EventQueue) - 1, IPC_CREAT | 0666);
+    const int segment = shmget(EVENT_SHM_KEY, sizeof(EventQueue) - 1, IPC_CREAT | 0666);
     const Outcome outcome = observe([] { return cfg_enqueueEvent(2); });
     EXPECT_EQ(outcome.result, -1);
     EXPECT_EQ(outcome.out, "[getEventQueue #] shmget fail iShmId[-1] errno[22][Invalid argument]\n"
                            "[cfg_enqueueEvent #] getEventQueue fail\n");
     shmctl(segment, IPC_RMID, nullptr);
 
-    segment = shmget(EVENT_SHM_KEY, sizeof(EventQueue) + 1, IPC_CREAT | 0666);
+    ASSERT_GE(shmget(EVENT_SHM_KEY, sizeof(EventQueue) + 1, IPC_CREAT | 0666), 0);
     EXPECT_EQ(cfg_enqueueEvent(2), 0) << "a larger one serves";
     EXPECT_EQ(card(), bytes(ring()));
 }

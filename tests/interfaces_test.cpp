@@ -11,7 +11,6 @@
 #include <netinet/in.h>
 
 using namespace doubles;
-using testing::IsEmpty;
 
 static bool listing_fails;
 static ifaddrs *listing; // instead of the kernel's
