@@ -30,6 +30,7 @@ static FILE *open_wled()
         wled_writes += std::to_string(position) + ":" + std::string(bytes, size);
         return static_cast<ssize_t>(size);
     };
+    // NOLINTNEXTLINE(readability-non-const-parameter)
     driver.seek = [](void *, off64_t *offset, int whence) {
         position = static_cast<size_t>(*offset) + (whence == SEEK_CUR ? position : 0);
         return 0;

@@ -16,7 +16,6 @@ using namespace doubles;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 static long uptime; // negative: sysinfo fails
 
