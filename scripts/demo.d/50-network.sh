@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2154
+# shellcheck shell=bash disable=SC2016
 # Sourced by scripts/demo: joining a wireless network, and the time.
 
 step "The supplicant's file is written from the stored networks." cfgctl wifi config
