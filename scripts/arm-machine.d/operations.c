@@ -1,0 +1,86 @@
+/* What the machine is measured and put under load with.
+ *
+ * operations        starts and ends
+ * operations calls  makes each call between two of getppid, which nothing else makes
+ * operations smaps  prints after them what the kernel says of the process's memory
+ * operations ring   tells what is pending, then adds events and drops old ones without end
+ */
+#include "cfg_set.h"
+#include "platform/param_store.h"
+
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+/* The firmware's store: nothing here needs more of it. */
+int param_get(const char *key, char *buffer, unsigned int size)
+{
+    (void)key;
+    snprintf(buffer, size, "1");
+    return 0;
+}
+
+#define COUNTED(call) (getppid(), (void)(call), getppid())
+
+static void call_each(void)
+{
+    struct EventQueueEntry event;
+    cfg_enqueueEvent(1); /* the first call makes the ring */
+    COUNTED(cfg_enqueueEvent(1));
+    COUNTED(cfg_getEvent(0, &event));
+    COUNTED(cfg_dequeueEvent(1));
+    COUNTED(ir_mode());
+    COUNTED(night_mode(1));
+    COUNTED(cfg_setPirEnable(1));
+}
+
+static void print_smaps(void)
+{
+    char line[256];
+    FILE *file = fopen("/machine/proc/self/smaps", "r");
+    while (file && fgets(line, sizeof line, file))
+        fputs(line, stdout);
+}
+
+/* Types follow each other, so that a ring with foreign bytes in it shows. */
+static uint32_t after(uint32_t type)
+{
+    return (type + 1) % 5;
+}
+
+static void keep_the_ring_busy(void)
+{
+    enum { KEPT = 20, PAUSE = 100000 };
+    struct EventQueueEntry event;
+    uint32_t count = 0;
+    uint32_t next = 0;
+    const char *order = "in order";
+    for (; cfg_getEvent(count, &event) == 0; next = after(event.type), count++)
+        if (count > 0 && event.type != next)
+            order = "MIXED UP";
+    printf("ring of %u events %s\n", (unsigned int)count, order);
+    fflush(stdout);
+    const int drops = fork() == 0;
+    for (uint32_t added = 0;; usleep(PAUSE)) {
+        if (drops && cfg_getEvent(KEPT, &event) == 0)
+            cfg_dequeueEvent(1);
+        if (drops || cfg_enqueueEvent(next) != 0)
+            continue;
+        next = after(next);
+        if (added++ == 0)
+            puts("takes more");
+        fflush(stdout);
+    }
+}
+
+int main(int argc, char **argv)
+{
+    const char *what = argc > 1 ? argv[1] : "";
+    if (strcmp(what, "ring") == 0)
+        keep_the_ring_busy();
+    if (*what)
+        call_each();
+    if (strcmp(what, "smaps") == 0)
+        print_smaps();
+    return 0;
+}
