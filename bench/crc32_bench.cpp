@@ -1,111 +1,47 @@
-// CRC-32 beside its references, as ratios to the byte-wise loop of the same
-// run, and the memory that checking an image takes. Under an emulator the
-// instructions for each byte instead: time says nothing there.
+// CRC-32 beside its references, and the memory that checking an image takes.
 
-#include "cfg_set.h"
+#include "bench/byte_wise.h"
+#include "bench/measure.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <string>
+#include <libdeflate.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
-#ifdef WITH_ZLIB
 #include <zlib.h>
-#endif
-#ifdef WITH_LIBDEFLATE
-#include <libdeflate.h>
-#endif
+
+constexpr char FILE_NAME[] = "/tmp/bytes";
+constexpr size_t FILE_SIZE = 16 << 20; // a firmware image
+constexpr size_t SAMPLE_BYTES = 4 << 20;
 
 using Bytes = std::vector<unsigned char>;
-
-// Adds bytes to a CRC-32 as zlib's crc32() does: complemented before and after.
 using Add = uint32_t (*)(uint32_t crc, const unsigned char *bytes, size_t length);
 
-struct Method {
-    const char *name;
-    std::function<uint32_t(const unsigned char *bytes, size_t length)> memory;
-    std::function<uint32_t(FILE *file)> file;
-};
-
-constexpr char NO_HASHING[] = "no hashing";
-
-static void wrong(const char *what)
+static uint32_t by_zlib(uint32_t crc, const unsigned char *bytes, size_t length)
 {
-    std::fprintf(stderr, "wrong: %s\n", what);
-    std::exit(1);
+    return static_cast<uint32_t>(crc32(crc, bytes, static_cast<uInt>(length)));
 }
 
-static uint32_t by_byte(uint32_t crc, const unsigned char *bytes, size_t length)
+static uint32_t by_libdeflate(uint32_t crc, const unsigned char *bytes, size_t length)
 {
-    crc = ~crc;
-    for (size_t i = 0; i < length; i++)
-        crc = crc32_tab[(crc ^ bytes[i]) & 0xFF] ^ crc >> 8;
-    return ~crc;
+    return libdeflate_crc32(crc, bytes, length);
 }
 
-// Takes in every byte and hashes none.
-static uint32_t by_reading(uint32_t sum, const unsigned char *bytes, size_t length)
-{
-    for (size_t i = 0; i < length; i++)
-        sum += bytes[i];
-    return sum;
-}
-
-// A reference hashes files in the chunks in which the library does.
-static Method reference(const char *name, Add add)
-{
-    const auto of_file = [add](FILE *file) {
-        unsigned char chunk[512];
-        uint32_t crc = 0;
-        for (size_t count; (count = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
-            crc = add(crc, chunk, count);
-        return crc;
-    };
-    const auto of_memory = [add](const unsigned char *bytes, size_t length) {
-        return add(0, bytes, length);
-    };
-    return {name, of_memory, of_file};
-}
-
-static uint32_t library_memory(const unsigned char *bytes, size_t length)
+static uint32_t by_library(uint32_t, const unsigned char *bytes, size_t length)
 {
     return cfg_getCrc32(bytes, static_cast<uint32_t>(length));
 }
 
-static uint32_t library_file(FILE *file)
+// The bytes of the file are taken out of the stream and not looked at.
+static uint32_t by_reading(uint32_t crc, const unsigned char *, size_t)
 {
-    return cfg_getCrc32FromFile(file, 0, 0);
+    return crc;
 }
-
-static const std::vector<Method> METHODS = {
-    reference("byte-wise", by_byte),
-    {"cfg_set", library_memory, library_file},
-#ifdef WITH_ZLIB
-    reference("zlib",
-              [](uint32_t crc, const unsigned char *bytes, size_t length) {
-                  return static_cast<uint32_t>(crc32(crc, bytes, static_cast<uInt>(length)));
-              }),
-#endif
-#ifdef WITH_LIBDEFLATE
-    reference("libdeflate", [](uint32_t crc, const unsigned char *bytes,
-                               size_t length) { return libdeflate_crc32(crc, bytes, length); }),
-#endif
-    reference(NO_HASHING, by_reading),
-};
-
-constexpr size_t SIZES[] = {512, 4096, 65536, 16 << 20};
-constexpr size_t TRACED_SIZE = 4096;
-constexpr int ROUNDS = 9;
-constexpr double ROUND_SECONDS = 0.01;
 
 static Bytes sample(size_t size)
 {
@@ -116,80 +52,60 @@ static Bytes sample(size_t size)
     return bytes;
 }
 
-// Of this process: what else the machine does is not counted.
-static double cpu_seconds()
+static void in_memory(size_t size, const std::string &title)
 {
-    timespec now = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+    const Bytes bytes = sample(size);
+    const uint32_t expected = by_byte(0, bytes.data(), size);
+    const auto way = [&](const char *name, Add add) {
+        return Way{name, cost_of(static_cast<int>(std::max<size_t>(1, SAMPLE_BYTES / size)),
+                                 [=] { require(add(0, bytes.data(), size) == expected, name); })};
+    };
+    const Way reference = way("byte-wise", by_byte);
+    compare("CRC-32, " + title + " in memory",
+            {reference, way("cfg_set", by_library), way("zlib", by_zlib),
+             way("libdeflate", by_libdeflate)});
 }
 
-static double seconds_of(const std::function<void()> &job)
+static uint32_t of_file(FILE *file, Add add)
 {
-    for (int times = 1;; times *= 2) {
-        const double start = cpu_seconds();
-        for (int i = 0; i < times; i++)
-            job();
-        const double elapsed = cpu_seconds() - start;
-        if (elapsed >= ROUND_SECONDS)
-            return elapsed / times;
-    }
-}
-
-// The best time of each job; they take turns, so that all meet the same weather.
-static std::vector<double> best_times(const std::vector<std::function<void()>> &jobs)
-{
-    std::vector<double> best(jobs.size(), 1e9);
-    for (int round = 0; round < ROUNDS; round++)
-        for (size_t i = 0; i < jobs.size(); i++)
-            best[i] = std::min(best[i], seconds_of(jobs[i]));
-    return best;
-}
-
-static uint32_t work(const Method &method, const Bytes &bytes, bool in_memory)
-{
-    if (in_memory)
-        return method.memory(bytes.data(), bytes.size());
-    FILE *file = std::fopen("/tmp/bytes", "r");
-    const uint32_t crc = method.file(file);
-    std::fclose(file);
+    unsigned char chunk[512]; // as the library reads
+    uint32_t crc = 0;
+    for (size_t count; (count = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
+        crc = add(crc, chunk, count);
     return crc;
 }
 
-// The times of each method for one size. All but one must agree.
-static std::vector<double> times_for(size_t size, bool in_memory)
+static uint32_t library_of_file(FILE *file, Add)
 {
-    const Bytes bytes = sample(size);
-    std::ofstream("/tmp/bytes", std::ios::binary)
-        .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(size));
-    const uint32_t expected = by_byte(0, bytes.data(), size);
-    std::vector<std::function<void()>> jobs;
-    for (const Method &method : METHODS)
-        jobs.emplace_back([&] {
-            if (work(method, bytes, in_memory) != expected && method.name != NO_HASHING)
-                wrong(method.name);
-        });
-    return best_times(jobs);
+    return cfg_getCrc32FromFile(file, 0, 0);
 }
 
-// A row for each method, a column for each size.
-static void compare(const char *title, bool in_memory)
+static void in_file()
 {
-    std::vector<std::vector<double>> columns;
-    for (const size_t size : SIZES)
-        columns.push_back(times_for(size, in_memory));
-    std::printf("%s, times as fast as the byte-wise loop\n%-12s", title, "");
-    for (const size_t size : SIZES)
-        std::printf("%10zu B", size);
-    for (size_t row = 0; row < METHODS.size(); row++) {
-        std::printf("\n%-12s", METHODS[row].name);
-        for (const std::vector<double> &times : columns)
-            std::printf("%12.1f", times[0] / times[row]);
-    }
-    std::printf("\nits MB/s    ");
-    for (size_t i = 0; i < columns.size(); i++)
-        std::printf("%12.0f", static_cast<double>(SIZES[i]) / columns[i][0] / 1e6);
-    std::printf("\n\n");
+    const Bytes bytes = sample(FILE_SIZE);
+    std::ofstream(FILE_NAME, std::ios::binary)
+        .write(reinterpret_cast<const char *>(bytes.data()), FILE_SIZE);
+    const uint32_t expected = by_byte(0, bytes.data(), FILE_SIZE);
+    const auto way = [=](const char *name, uint32_t (*of)(FILE *, Add), Add add,
+                         size_t buffer = BUFSIZ) {
+        return Way{name, cost_of(1, [=] {
+                       FILE *file = std::fopen(FILE_NAME, "r");
+                       Bytes room(buffer);
+                       if (buffer != BUFSIZ)
+                           std::setvbuf(file, reinterpret_cast<char *>(room.data()), _IOFBF,
+                                        buffer);
+                       require(of(file, add) == (add == by_reading ? 0 : expected), name);
+                       std::fclose(file);
+                   })};
+    };
+    const Way library = way("cfg_set", library_of_file, nullptr);
+    compare("CRC-32, 16 MB file, 512 bytes a read",
+            {way("byte-wise", of_file, by_byte), library, way("zlib", of_file, by_zlib),
+             way("libdeflate", of_file, by_libdeflate),
+             way("read only, nothing hashed", of_file, by_reading)});
+    compare("CRC-32, 16 MB file, cfg_set",
+            {{"with fopen's own buffer", library.cost},
+             way("with a stream buffer of 64 KB", library_of_file, nullptr, 65536)});
 }
 
 // Peak memory, in KB, of a process that does nothing but check an image of
@@ -216,9 +132,8 @@ static long peak_of_check(off_t size)
     }
     int status = 0;
     rusage usage = {};
-    if (wait4(child, &status, 0, &usage) != child || status != 0) {
-        wrong("the image was not read to its end");
-    }
+    require(wait4(child, &status, 0, &usage) == child && status == 0,
+            "reading the image to its end");
     return usage.ru_maxrss;
 }
 
@@ -232,54 +147,18 @@ static void memory()
         small = std::min(small, peak_of_check(1 << 20));
         large = std::min(large, peak_of_check(1 << 30));
     }
-    std::printf(
-        "peak memory of cfg_checkFirmware: %ld KB for an image of 1 MB, %ld KB for 1 GB\n\n", small,
-        large);
+    print_row("peak memory of cfg_checkFirmware", "image of 1 MB", static_cast<double>(small),
+              "KB");
+    print_row("peak memory of cfg_checkFirmware", "image of 1 GB", static_cast<double>(large),
+              "KB");
 }
 
-static long traced_instructions(const char *emulator, const char *method, size_t size)
+int main()
 {
-    const std::string command =
-        std::string(emulator) + " -singlestep -d exec,nochain -D /tmp/trace /tests/crc32_bench " +
-        method + " " + std::to_string(size) + " && grep -c ^Trace /tmp/trace > /tmp/count";
-    long count = 0;
-    if (std::system(command.c_str()) != 0 || !(std::ifstream("/tmp/count") >> count)) {
-        wrong(command.c_str());
-    }
-    return count;
-}
-
-// The difference between two sizes has nothing of the start in it.
-static void instructions(const char *emulator)
-{
-    std::printf("instructions for each byte\n");
-    for (const char *method : {"byte-wise", "cfg_set"})
-        std::printf("%-12s%6.2f\n", method,
-                    static_cast<double>(traced_instructions(emulator, method, 2 * TRACED_SIZE) -
-                                        traced_instructions(emulator, method, TRACED_SIZE)) /
-                        TRACED_SIZE);
-}
-
-// crc32_bench METHOD SIZE: one checksum, for the emulator to trace.
-static int once(const char *name, size_t size)
-{
-    const Bytes bytes(2 * TRACED_SIZE);
-    for (const Method &method : METHODS)
-        if (std::strcmp(name, method.name) == 0)
-            return method.memory(bytes.data(), std::min(size, bytes.size())) != 0 ? 0 : 1;
-    return 1;
-}
-
-int main(int argc, char **argv)
-{
-    if (argc == 3)
-        return once(argv[1], std::strtoul(argv[2], nullptr, 10));
-    if (const char *emulator = std::getenv("EMULATOR")) {
-        instructions(emulator);
-        return 0;
-    }
     memory();
-    compare("in memory", true);
-    compare("a file, opened, read by 512 bytes and closed", false);
+    in_memory(64, "64 bytes");
+    in_memory(512, "512 bytes");
+    in_memory(65536, "64 KB");
+    in_file();
     return 0;
 }

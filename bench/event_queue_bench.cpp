@@ -1,10 +1,9 @@
 // The event ring beside a program that makes the same system calls by hand,
-// and beside what else could keep events for many processes. Ratios hold from
-// run to run; absolute numbers are of this machine.
+// and beside what else could keep events for many processes.
 
+#include "bench/measure.h"
 #include "events/storage.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -12,8 +11,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
-#include <string>
+#include <lmdb.h>
+#include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/sem.h>
@@ -22,22 +21,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-#ifdef HAVE_SQLITE3
-#include <sqlite3.h>
-#endif
-#ifdef HAVE_LMDB
-#include <lmdb.h>
-#endif
 
-using Operation = std::function<void()>;
-
-static void require(bool condition, const char *what)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "event_queue_bench: %s failed\n", what);
-    std::exit(1);
-}
+using namespace cfg_set;
 
 // ---- The same calls by hand.
 
@@ -112,118 +97,30 @@ static void hold(uint32_t events)
     });
 }
 
-// ---- Measuring.
-
-struct Run {
-    Operation prepare;
-    Operation operation;
-};
-
-// Processor time, which is the same while others use the machine.
-static double cost(const Run &run)
-{
-    constexpr int TIMES = 50;
-    run.prepare();
-    timespec start = {};
-    timespec end = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &start);
-    for (int i = 0; i < TIMES; i++)
-        run.operation();
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &end);
-    return static_cast<double>(end.tv_sec - start.tv_sec) +
-           static_cast<double>(end.tv_nsec - start.tv_nsec) * 1e-9;
-}
-
-// How many times as fast as `other` `one` is: the median of many turns.
-static double speed(const Run &one, const Run &other)
-{
-    constexpr size_t ROUNDS = 401;
-    std::vector<double> ratios;
-    while (ratios.size() < ROUNDS) {
-        const bool first = ratios.size() % 2 == 0;
-        const double early = cost(first ? one : other);
-        const double late = cost(first ? other : one);
-        ratios.push_back(first ? late / early : early / late);
-    }
-    std::nth_element(ratios.begin(), ratios.begin() + ROUNDS / 2, ratios.end());
-    return ratios[ROUNDS / 2];
-}
-
-// ---- System calls, counted by strace.
-
-static const std::pair<const char *, Operation> OPERATIONS[] = {
-    {"enqueue", enqueue}, {"dequeue", dequeue}, {"peek", peek}};
-
-// Each operation between two calls of getppid, which nothing else makes.
-static void operations_to_count()
-{
-    for (const auto &[name, operation] : OPERATIONS) {
-        enqueue();
-        getppid();
-        operation();
-        getppid();
-    }
-}
-
-static void count_calls(const std::string &self)
-{
-    const std::string strace = self.substr(0, self.rfind('/')) + "/strace";
-    if (access(strace.c_str(), X_OK) != 0) {
-        std::puts("System calls: not counted, strace is not there.");
-        return;
-    }
-    const std::string line = strace + " -o /tmp/calls " + self + " --operations";
-    require(std::system(line.c_str()) == 0, "strace");
-    std::puts("System calls:");
-    std::ifstream calls("/tmp/calls");
-    const auto next = [&] {
-        std::string call;
-        require(static_cast<bool>(std::getline(calls, call)), "counting");
-        return call.substr(0, call.find('('));
-    };
-    for (const auto &[name, operation] : OPERATIONS) {
-        while (next() != "getppid") {
-        }
-        int count = 0;
-        std::string names;
-        for (std::string call = next(); call != "getppid"; call = next()) {
-            names += " " + call;
-            count++;
-        }
-        std::printf("  %-8s %d:%s\n", name, count, names.c_str());
-    }
-}
-
 // ---- One process.
 
-static void beside_hand()
+static void one_process()
 {
+    constexpr int TIMES = 100;
     const Operation empty = [] { hold(0); };
     const Operation filled = [] { hold(256); };
-    std::puts("\nTimes as fast as the same calls by hand (0.97 is wanted):");
-    std::printf("  enqueue  %.3f\n", speed({empty, enqueue}, {empty, enqueue_by_hand}));
-    std::printf("  dequeue  %.3f\n", speed({filled, dequeue}, {filled, dequeue_by_hand}));
-    std::printf("  peek     %.3f\n", speed({filled, peek}, {filled, peek_by_hand}));
-}
-
-// A change that leaves the number of events.
-static void drop_and_add()
-{
-    dequeue();
-    enqueue();
-}
-
-static void by_events_held()
-{
-    std::puts("\nTimes as fast as with 1 event held:\n             256    512");
-    for (const auto &[name, operation] :
-         {std::pair<const char *, Operation>{"change", drop_and_add}, {"peek", peek}}) {
-        std::printf("  %-8s", name);
-        for (const uint32_t events : {256U, 512U})
-            std::printf("  %.3f",
-                        speed({[=] { hold(events); }, operation}, {[] { hold(1); }, operation}));
-        std::puts("");
-    }
+    compare("event ring", {{"by hand", cost_of(TIMES, enqueue_by_hand, empty)},
+                           {"cfg_enqueueEvent", cost_of(TIMES, enqueue, empty)}});
+    compare("event ring", {{"by hand", cost_of(TIMES, dequeue_by_hand, filled)},
+                           {"cfg_dequeueEvent", cost_of(TIMES, dequeue, filled)}});
+    compare("event ring", {{"by hand", cost_of(TIMES, peek_by_hand, filled)},
+                           {"cfg_getEvent", cost_of(TIMES, peek, filled)}});
+    const auto holding = [=](uint32_t events) {
+        return cost_of(
+            TIMES,
+            [] {
+                dequeue();
+                enqueue();
+            },
+            [=] { hold(events); });
+    };
+    compare("event ring, a dequeue and an enqueue",
+            {{"with 1 event held", holding(1)}, {"with 512 events held", holding(512)}});
 }
 
 // ---- Many processes, and other places to keep events in.
@@ -273,7 +170,6 @@ static Operation open_locked_file()
     };
 }
 
-#ifdef HAVE_SQLITE3
 static Operation open_sqlite()
 {
     sqlite3 *database = nullptr;
@@ -303,9 +199,7 @@ static Operation open_sqlite()
         remove();
     };
 }
-#endif
 
-#ifdef HAVE_LMDB
 template <typename Work> static void in_transaction(MDB_env *environment, MDB_dbi events, Work work)
 {
     MDB_txn *transaction = nullptr;
@@ -349,75 +243,78 @@ static Operation open_lmdb()
         });
     };
 }
-#endif
 
-// Changes in a second that `processes` make together.
-static double changes(Opener open, int processes)
-{
-    constexpr useconds_t DURATION = 400000;
+// Processes that wait, and change the place together when they are told to.
+struct Crowd {
     struct Shared {
         std::atomic<bool> stop;
-        std::atomic<int> ready;
-        std::atomic<long> pairs;
+        std::atomic<int> working;
+        std::atomic<long> changes;
     };
-    auto *shared = static_cast<Shared *>(
-        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    const auto trade = [&] {
-        const Operation operation = open();
-        shared->ready++;
-        long pairs = 0;
-        for (; !shared->stop; pairs++)
-            operation();
-        shared->pairs += pairs;
-    };
-    for (int i = 0; i < processes; i++)
-        if (fork() == 0) {
-            trade();
-            _exit(0);
-        }
-    while (shared->ready < processes)
-        usleep(1000);
-    const auto start = std::chrono::steady_clock::now();
-    usleep(DURATION);
-    shared->stop = true;
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    Shared *shared;
+    int start[2]; // a pipe: a byte sets one process to work
+};
+
+static Crowd crowd_at(Opener open, int processes)
+{
+    Crowd crowd = {};
+    crowd.shared = static_cast<Crowd::Shared *>(mmap(
+        nullptr, sizeof(Crowd::Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    require(pipe(crowd.start) == 0, "pipe");
     for (int i = 0; i < processes; i++) {
-        int status = -1;
-        require(wait(&status) > 0 && status == 0, "a process");
+        if (fork() != 0)
+            continue;
+        close(crowd.start[1]); // so that the reader's end comes when the parent ends
+        const Operation change = open();
+        for (char go; read(crowd.start[0], &go, 1) == 1;) {
+            long changes = 0;
+            for (; !crowd.shared->stop; changes += 2)
+                change();
+            crowd.shared->changes += changes;
+            crowd.shared->working--;
+        }
+        _exit(0);
     }
-    const double result = 2.0 * static_cast<double>(shared->pairs) / taken.count();
-    munmap(shared, sizeof(Shared));
-    return result;
+    return crowd;
 }
 
-static void by_processes()
+// Seconds a change, of all processes together.
+static double cost_at(const Crowd &crowd, int processes)
 {
-    const std::pair<const char *, Opener> places[] = {
+    constexpr useconds_t DURATION = 30000;
+    crowd.shared->stop = false;
+    crowd.shared->changes = 0;
+    crowd.shared->working = processes;
+    const auto start = std::chrono::steady_clock::now();
+    require(write(crowd.start[1], "12345678", static_cast<size_t>(processes)) == processes,
+            "start");
+    usleep(DURATION);
+    crowd.shared->stop = true;
+    while (crowd.shared->working > 0)
+        usleep(100);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    return taken.count() / static_cast<double>(crowd.shared->changes);
+}
+
+static void many_processes()
+{
+    constexpr std::pair<const char *, Opener> PLACES[] = {
         {"the ring", open_ring},
         {"the same calls by hand", open_by_hand},
         {"file, flock, rewritten", open_locked_file},
-#ifdef HAVE_SQLITE3
         {"SQLite, WAL, synchronous off", open_sqlite},
-#endif
-#ifdef HAVE_LMDB
         {"LMDB, NOSYNC", open_lmdb},
-#endif
     };
-    std::puts("\nThousand changes a second of all processes together (times the ring's):\n"
-              "  processes                                 1               2               4"
-              "               8");
-    std::vector<double> ring;
-    for (const auto &[name, open] : places) {
+    for (const int processes : {1, 2, 4, 8}) {
         hold(0);
-        std::printf("  %-29s", name);
-        std::vector<double> row;
-        for (const int processes : {1, 2, 4, 8})
-            row.push_back(changes(open, processes));
-        if (ring.empty())
-            ring = row;
-        for (size_t i = 0; i < row.size(); i++)
-            std::printf(" %7.1f (%5.2f)", row[i] / 1000, row[i] / ring[i]);
-        std::puts("");
+        std::vector<Way> ways;
+        for (const auto &[name, open] : PLACES)
+            ways.push_back({name, [crowd = crowd_at(open, processes), processes] {
+                                return cost_at(crowd, processes);
+                            }});
+        compare("event ring, changes by " + std::to_string(processes) +
+                    (processes == 1 ? " process" : " processes"),
+                ways);
     }
 }
 
@@ -426,13 +323,17 @@ int main(int argc, char **argv)
     mkdir("/mnt/sdcard/video", 0755);
     std::ofstream(EVENT_QUEUE_FILE) << std::string(sizeof(EventQueue), '\0');
     cfg_isEventQueueEmpty(); // makes the ring
+    hold(0);
+    const Calls calls = {
+        {"cfg_enqueueEvent", enqueue}, {"cfg_dequeueEvent", dequeue}, {"cfg_getEvent", peek}};
     if (argc > 1) {
-        operations_to_count();
+        enqueue(); // so that none of the operations finds the ring empty
+        enqueue();
+        perform(calls);
         return 0;
     }
-    count_calls(argv[0]);
-    beside_hand();
-    by_events_held();
-    by_processes();
+    count_system_calls(argv[0], calls);
+    one_process();
+    many_processes();
     return 0;
 }
