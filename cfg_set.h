@@ -25,32 +25,38 @@
  *    setters. Only cfg_saveMicEnable commits the store: after any other change
  *    the caller calls param_save itself.
  *
- * 4. Stored numbers. Decimal text of at most 255 characters. Trailing
- *    characters are ignored ("1x" is 1), text without digits is 0, and a
- *    negative or overlong number becomes a large one, which a range check
- *    then refuses.
+ * 4. Stored numbers. Decimal text, of which 255 characters count where a
+ *    function does not name fewer. Trailing characters are ignored ("1x" is 1)
+ *    and text without digits is 0. Restorers of settings read unsigned 32
+ *    bits: a number beyond them becomes 4294967295, and a minus negates modulo
+ *    2^32 ("-1" is 4294967295, "-4294967295" is 1). All others read an int: a
+ *    number beyond it becomes the nearest one. A 64-bit desk reads the same.
  *
  * 5. Strings and buffers. Strings are NUL-terminated and must not be NULL,
  *    except where NULL is named. Sizes are in bytes and count the terminator.
  *    Every copy is bounded; text too long for its place is refused with a
- *    report before anything is stored or run, and a command line that would be
- *    cut is never run.
+ *    report before anything is stored or run, unless a function says that it
+ *    is cut, and a command line that would be cut is never run.
  *
  * 6. Commands. The device is driven by shell command lines, run by system()
  *    in the foreground: a call returns when the command ends. Exit codes are
- *    not examined. Names and paths are put into the line as they stand, so the
- *    caller must not pass text with blanks or shell characters that it has not
- *    vetted itself.
+ *    not examined. A text from outside that becomes part of a line is refused
+ *    when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' or a
+ *    control character. It stands in the line as it is: a blank in it, where
+ *    one is allowed, makes two words of it.
  *
  * 7. Processes and threads. Functions may be called from any number of
  *    processes at once; what the processes share is named with each function.
  *    Within a process they are as safe as the store and as system(), which
- *    blocks SIGCHLD and ignores SIGINT and SIGQUIT while a command runs.
+ *    blocks SIGCHLD and ignores SIGINT and SIGQUIT while a command runs. A
+ *    process that ignores SIGCHLD does not learn how a command ended, which
+ *    cfg_startWiFi asks for.
  *
  * 8. Memory. Every buffer is the caller's or lives in the called function's
  *    frame (under 2 KB, but for the viewer list). Only str_replace allocates
- *    for the caller. No descriptor stays open; the C library's own streams
- *    allocate while they are open.
+ *    for the caller; setting the time zone allocates for the length of the
+ *    call, as do the C library's own streams while they are open. No
+ *    descriptor stays open but one of cfg_killProcess.
  *
  * The firmware supplies the platform functions declared in platform/.
  */
@@ -66,6 +72,17 @@
 #else
 #define CFG_API
 #endif
+
+/*
+ * The version of this header, and as one number to compare: 1.2.3 is 10203. A
+ * program built with a header runs with every library of the same major number
+ * that is not older. The build takes its version from these lines.
+ */
+#define CFG_SET_VERSION_MAJOR 1
+#define CFG_SET_VERSION_MINOR 0
+#define CFG_SET_VERSION_PATCH 0
+#define CFG_SET_VERSION_NUMBER                                                                     \
+    (CFG_SET_VERSION_MAJOR * 10000 + CFG_SET_VERSION_MINOR * 100 + CFG_SET_VERSION_PATCH)
 
 #ifdef __cplusplus
 extern "C" {
@@ -99,7 +116,7 @@ CFG_API int file_check(const char *path);
  * Settings: daemon messages
  * ====================================================================== */
 
-#define MSG_PARAM_LEN 256
+#define MSG_PARAM_LEN 256 /* bytes of a message's parameter */
 
 /*
  * What the detection and recording daemons are told: one record on the System V
@@ -149,6 +166,7 @@ CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
  *     4     4, 5     sound detection on, off       cfg_setVolumeDetect
  *     4     6, 7     privacy mode entered, left    cfg_setVolumeDetectPrivacyMode
  *     7     5, 7     privacy mode entered, left    cfg_set_privacy
+ *     7     0, 1     upload mode 2 set or left     smbu_set_config, both in turn
  */
 
 /* ======================================================================
@@ -234,22 +252,23 @@ CFG_API int cfg_setSkypeNoiseSuppressorEnable(uint32_t value);
 /*
  * Plays a spoken prompt with the AAC player: runs "demo_MXAacPlayer_ PATH".
  *
- * name  bare file name, at most 230 characters
+ * name  bare file name, at most 230 characters, none of them the shell's
  *
  * PATH is the first of these that exists and that the command line can hold:
  *     /mnt/sdcard/morvenix/LANGUAGE/speech/NAME    when the card is mounted
  *     /localization/LANGUAGE/NAME
  *     /audio/NAME                                  taken without a test
  * LANGUAGE is the stored "lang_name" (at most 15 characters of it on the card,
- * 31 in /localization); without one the path that needs it is passed over.
+ * 31 in /localization); without one, or with a shell character in it, the path
+ * that needs it is passed over.
  *
  * A stored "io_speaker_volume" of 27, 0, or one that cannot be read first sets
- * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. The
- * level is not put back.
+ * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. It is
+ * read as an int, from at most 7 characters. The level is not put back.
  *
  * Blocks until playback ends, then for one second. Returns the rest of that
  * second when a signal cut it short, in whole seconds, else 0; -1 after
- * "invalid name" when the name is NULL or too long, with nothing run. When
+ * "invalid name" when the name is none of these, with nothing run. When
  * /proc/mounts cannot be read the card counts as not mounted, and
  * "sdcard_mounted:LINE error opening /proc/mounts..." goes to standard error.
  */
@@ -258,14 +277,14 @@ CFG_API int voice_prompt(const char *name);
 /*
  * Plays an alert sound at raised priority, then restores the speaker.
  *
- * path  at most 225 characters; with ".aac" anywhere in it the AAC player is
- *       used, else the WAV player
+ * path  at most 225 characters, none of them the shell's; with ".aac" anywhere
+ *       in it the AAC player is used, else the WAV player
  *
  * Prints "alert<TAB>LINE cmd COMMAND" (without a bracket) and runs COMMAND,
  * "nice -n -20 demo_MXAacPlayer_ PATH" or "nice -n -20 demo_MXWavPlayer_ PATH".
  * Blocks until playback ends, then for one second.
  * Returns the result of cfg_restoreSpeakerEnable; -1 after "invalid path" when
- * the path is NULL or too long, with nothing run.
+ * the path is none of these, with nothing run.
  */
 CFG_API int alert(const char *path);
 
@@ -454,10 +473,11 @@ CFG_API int cfg_isRlampVersion(void);
  * Drives the WLED, whether or not the board has one.
  *
  * mode  0 to 2: written to /proc/wled_mode as a digit with its NUL; 3: the
- *       same, but only while the lamp is in mode 1; any other: nothing written
+ *       same, but only while the file, opened with truncation, reads 1; any
+ *       other: nothing written
  *
- * Returns 0 when the file was written, EOF when its closing failed, and the
- * (positive) length of the report after "open /proc/wled_mode file fail".
+ * Returns the result of closing the file, 0 or EOF, whatever was written; after
+ * "open /proc/wled_mode file fail" the (positive) length of that report.
  */
 CFG_API int wled_mode(uint32_t mode);
 
@@ -539,7 +559,8 @@ CFG_API int cfg_isLEDDisabled(void);
  * Always returns 0. A step's "cfg_setPrivacyEvent fail" goes to standard
  * output, "cfg_setRec fail", "cfg_setPirPrivacyMode fail" and
  * "cfg_setVolumeDetectPrivacyMode fail" to standard error, each after the
- * step's own reports. Blocks for the commands.
+ * step's own reports on standard output. What the semaphore refuses is told on
+ * standard error as with the event queue. Blocks for the commands.
  */
 CFG_API int cfg_set_privacy(uint32_t on);
 
@@ -599,9 +620,9 @@ CFG_API int is_sound_nn_enable(void);
  *        begins with; anything else: writes `value` there
  * value  0 to 9, written as a digit with its NUL; looked at only when writing
  *
- * Returns the number read; 0 when writing, after "invalid value[VALUE]" (the
- * file is left alone), and after "fopen: REASON" on standard error when the
- * file cannot be opened.
+ * Returns the number read; 0 when writing, also any other value (the file is
+ * then left alone), and after "fopen: REASON" on standard error when the file
+ * cannot be opened.
  */
 CFG_API int activity_zones_state(int write, int value);
 
@@ -633,30 +654,40 @@ CFG_API int disable_face_hw_check(void);
  * not agree, or when any of its 512 slots, in use or not, has a type above 4
  * or, once the clock is past 2014-01-17 23:06:40 UTC, a time that is not past.
  * It is then deleted with "rm -rf /mnt/sdcard/video/.event" and the ring comes
- * up empty, after checkEventQueue's report and "load fail". Without a copy,
+ * up empty, after "load fail" and, for a copy that is not short,
+ * checkEventQueue's report before it. Without a copy that can be opened for
+ * reading and writing, so also on a read-only card,
  * "[/mnt/sdcard/video/.event] not found" is reported. Later calls trust what
  * is in memory, and a smaller segment of another program under the key makes
  * every call fail.
  *
  * A call that cannot have lock or ring returns its failure value after
- * "sem_get fail iSemId[-1]" (and the reason on standard error) or after
- * getEventQueue's report and "getEventQueue fail". "saveEventQueue fail" and
- * "sem_put fail iSemId[ID]" do not change a result: what cannot be written to
- * the card stays in memory, and the next change writes it.
+ * "sem_get fail iSemId[-1]" or after getEventQueue's report and "getEventQueue
+ * fail". The lock's reasons go to standard error without a bracket: "error
+ * creating semaphore." and "sem_get: REASON", "SETALL failed (ERRNO)", "error
+ * getting semaphore.", "error releasing semaphore.". A ring that is there but
+ * cannot be attached ends the caller with a segmentation fault: only a null
+ * address counts as the failure of shmat. "saveEventQueue fail" and "sem_put
+ * fail iSemId[ID]" do not change a result: what cannot be written to the card
+ * stays in memory, and the next change writes it.
  *
  * A process that dies in a call gives back the lock. Whatever instruction it
  * was at, the events are those before its change or those after it; a slot not
  * in use may hold part of an event that never was. It can leave behind:
  *
  * - a copy that is one change old, empty, or cut short. The next change writes
- *   it whole; a restart before that refuses it.
+ *   it whole; a restart before that takes the old one and refuses the others.
  * - in the first call after a restart: a ring that is empty, though the card
- *   has events, or that was loaded and not checked. cfg_dequeueAllEvent makes
- *   any ring good.
+ *   has events, or that was loaded and not checked. cfg_dequeueAllEvent sets
+ *   head, tail and count right when that ring counts as one with events; one
+ *   with head and tail alike and count 0 counts as empty wherever they point
+ *   and is left so, and the slots keep their types, which the next restart
+ *   checks. "ipcrm -M 0x20130002" makes the next call load the copy anew.
  * - between the making of the semaphore and its first value, a moment of that
  *   same call: a lock that stays taken, until "ipcrm -S 0x20130001" removes
- *   it. Two processes in that moment may also both get the lock. So let one
- *   process make the first call before it starts the others.
+ *   it. Two processes in that moment may also both get the lock, and leave it
+ *   with room for two at once until one of them ends. So let one process make
+ *   the first call before it starts the others.
  * ====================================================================== */
 
 #define EVENT_QUEUE_SIZE 512 /* events that the ring holds */
@@ -839,10 +870,11 @@ CFG_API int smbu_get_config(char *user, int user_len, char *target, int target_l
  * Leaves the daemon a job: to recover the recording `path` (with a "/"). The
  * job is an empty file (0644), /mnt/sdcard/video/.smbu/NAME.rcy, with the
  * recording's name up to its last "."; for a name without one it is
- * /mnt/sdcard/video/.rcy. The folder is not made here.
+ * /mnt/sdcard/video/.rcy. The folder is not made here. The path is cut at 127
+ * characters before its "." is looked for.
  *
- * Returns 0, also when the job is there already; -1 when it cannot be made, or
- * when its path would be longer than 127 characters.
+ * Returns 0, also when the job is there already; -1 when it cannot be made, when
+ * `path` is NULL or has no "/", or when the cut leaves no room for ".rcy".
  */
 CFG_API int smbu_add_recovery_job(const char *path);
 
@@ -866,7 +898,8 @@ CFG_API int smbu_add_recovery_job(const char *path);
  * Returns 0; -1 after "unknown index[INDEX]", after
  * "pclose fail, errno[N][TEXT]" when the command cannot be started, or after
  * "fgets fail, errno[N][TEXT]" when it prints nothing (errno is 0 when it just
- * ended). Blocks until the command ends.
+ * ended), or when a signal whose handler lacks SA_RESTART interrupts the
+ * reading (EINTR). Blocks until the command ends.
  */
 CFG_API int cfg_getBoardInfo(unsigned long index, char *buf, int size);
 
@@ -879,8 +912,8 @@ CFG_API int cfg_is_audio_differential(void); /* bit 10 */
 
 /*
  * Whether the board has an Ethernet port (bit 9): 1 or 0. The command runs on
- * the first call only; its answer, also the 0 of a failed query, is kept for
- * the life of the process.
+ * the first call only; its answer, also the 0 of a query that failed or was
+ * interrupted, is kept for the life of the process.
  */
 CFG_API int cfg_check_eth_support_by_hwver(void);
 
@@ -909,16 +942,20 @@ CFG_API int cfg_check_eth_support_by_hwver(void);
  * fp       the image, open for reading and seekable; stays open, with its
  *          position wherever the last read stopped
  * dwLimit  bytes of the file, header included, that the checksum of the rest
- *          covers; 0 for all of them
+ *          covers; 0 for all of them. Up to 64 it covers so many bytes of the
+ *          header instead: pass more
  *
  * Returns 0; -1 after "invalid fp", "fseek fail, errno[N][TEXT]", "fread fail"
  * (fewer than 64 bytes), or after a check's own report and "cfg_checkBoardId
  * fail", "cfg_checkHeaderChecksum fail" or "cfg_checkImageChecksum fail". The
- * last check reports as checkImageChecksum: "fseek fail, errno[N][TEXT]" or
- * "image checksum not match [COMPUTED]!=[STORED]".
+ * last check reports as checkImageChecksum: "fseek fail, errno[N][TEXT]",
+ * "image checksum not match [COMPUTED]!=[STORED]", or "stream error" when the
+ * checksum is right but ferror says that a read failed, now or before the call.
  *
- * Runs the board query. Reads the file once, 512 bytes at a time; blocks until
- * that is done.
+ * Runs the board query. Reads the header twice and the file once, 512 bytes at
+ * a time; blocks until that is done. A caller that gives the stream a buffer of
+ * 64 KB (setvbuf, before the call and any reading) has a 16 MB image checked
+ * 1.1 to 1.2 times as fast.
  */
 CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
 
@@ -1066,7 +1103,8 @@ CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
  *
  * Returns 0; -1 when the file cannot be opened, with "Error opening
  * /etc/wpa_supplicant.conf." on standard error (without a bracket). Write
- * errors are not seen. The file is rewritten in place, without a lock.
+ * errors are not seen. The file is rewritten in place, without a lock; as it
+ * holds keys it is readable by its owner alone (0600).
  */
 CFG_API int cfg_restoreWiFiConfig(void);
 
@@ -1106,10 +1144,10 @@ CFG_API int validate_bssid(char *text);
  * bssid  NULL, or the access point's in the form of validate_bssid: each block
  *        then comes twice, pinned to it and plain
  *
- * SSID and key are written as they are, without escaping. The file's strings
- * can hold every character but the line feed, which would let a value add
- * settings of its own to the file: a network with one in its SSID or key is
- * left out. Nothing else is checked, and the supplicant refuses the whole file,
+ * SSID, key and BSSID are written as they are, without escaping. The file's
+ * strings can hold every character but the line feed, which would let a value
+ * add settings of its own to the file: a network with one in any of the three
+ * is left out. Nothing else is checked, and the supplicant refuses the whole file,
  * with all its networks, for one SSID of more than 32 bytes, one passphrase
  * with a control character or one raw key that is not hexadecimal; a "#" behind
  * an odd number of double quotes begins a comment for it. Whoever stores
@@ -1140,7 +1178,8 @@ CFG_API int cfg_stopWiFi(void);
  * hostapd and udhcpd on wlan1, or ends both and takes wlan1 down.
  *
  * A hostapd that runs already, or cannot be asked for, is left alone:
- * "cfg_startWiFi:LINE hostapd alreay started." on standard error.
+ * "cfg_startWiFi:LINE hostapd alreay started." on standard error. A caller that
+ * ignores SIGCHLD can never ask, and so never starts an access point.
  * Takes no lock. Blocks for two seconds and the commands. Returns 0.
  */
 CFG_API int cfg_startWiFi(void);
@@ -1195,8 +1234,7 @@ CFG_API int cfg_wlan_is_up(void);
 
 /*
  * Sets the camera's time zone, named by the stored "time_zone_str", such as
- * Europe/Oslo: letters, digits and + _ / -, which whoever stores it sees to, as
- * it goes into a command line. In this order:
+ * Europe/Oslo. In this order:
  *
  * - The first row of /etc_ro/time_zone that begins with the name, in any case,
  *   gives the TZ string: what follows the name and one separator, to the line's
@@ -1209,7 +1247,8 @@ CFG_API int cfg_wlan_is_up(void);
  *   to standard error, without a bracket.
  * - Runs "rm -rf /etc/localtime" and "cp /usr/share/zoneinfo/NAME
  *   /tmp/localtime", the latter cut at 255 characters: at most 217 of a name
- *   leave it whole. The line reaches /tmp/TZ when both have ended.
+ *   leave it whole. It is not run for a name with a blank, a control or a shell
+ *   character. The line reaches /tmp/TZ when both have ended.
  * - The relay client is told the name: message type 18, four bytes of length by
  *   appipc_set_uint32 and the text {"timezone":"NAME"}, not escaped. The
  *   message is allocated, and freed before the return.
@@ -1240,7 +1279,8 @@ CFG_API int cfg_restoreTimeZoneDst(void);
  *
  * enable  0: runs "killall ntpd" only; anything else: then runs "ntpd" with
  *         " -p SERVER" for each of the stored "time_server" and "time_server1"
- *         that is not empty; whoever stores them vets them for the command line
+ *         that is not empty. One that begins with "-" or has a blank, a
+ *         control or a shell character counts as empty
  *
  * A command line of more than 255 characters is not run, and nothing says so;
  * else prints "cfg_setTimeSync  LINE", an empty line and "Do ntpd: COMMAND",
@@ -1303,15 +1343,15 @@ CFG_API int sched_check_config(int count, const struct sched_entry *list);
  * their keys.
  *
  * A failed store ends the list after "param_set fail"; the command still runs.
- * More than 100 entries have no keys: "invalid count COUNT", and nothing is
- * emptied, stored or run. Always returns 0.
+ * So does the entry behind the hundredth, which has no key. Always returns 0.
  */
 CFG_API int sched_set_config(int count, const struct sched_entry *list);
 
 /*
  * Reads the list.
  *
- * count  the entries that `list` has room for; receives the number read
+ * count  the entries that `list` has room for, of which 100 at most are read;
+ *        receives the number read
  * list   receives them. Stored numbers that int cannot hold become the nearest
  *        that it can; fields that a stored text does not reach, and entries
  *        behind the last, stay as they were.
@@ -1332,8 +1372,7 @@ CFG_API int alarm_check_config(int count, const struct alarm_clock_entry *list);
 
 /*
  * As sched_set_config, with clock00 to clock06 and "killall -SIGUSR1  alarm",
- * for the alarm daemon. When the text of any entry is too long to be stored:
- * "invalid alarm clock text", and nothing is emptied, stored or run.
+ * for the alarm daemon. What is stored of an entry is cut at 511 characters.
  * Always returns 0.
  */
 CFG_API int alarm_set_config(int count, const struct alarm_clock_entry *list);
@@ -1354,12 +1393,14 @@ CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
  * read ends the list. Stored as "%s,%s,%s,%s", in the order of the fields, in
  * at most 255 characters.
  *
- * Fields are stored as they are given. A comma or a line feed in one of the
- * first three, a blank in `once`, or an empty field makes the entry another
- * when it is read back, and is the caller's to refuse.
+ * Fields are stored as they are given. An entry with a comma or a line feed in
+ * one of the first three, or with one of these empty, would be another when it
+ * is read back: viewer_add_config refuses it, viewer_set_config does not. A
+ * blank ends `once`.
  *
- * Reports of these functions begin "[cfg_set FUNCTION LINE] ". They hold
- * passcodes and credentials. Some 5 KB of stack are used.
+ * No lock is held over reading and storing the list: of two changes at once one
+ * can be lost. Reports of these functions begin "[cfg_set FUNCTION LINE] ". They
+ * hold passcodes and credentials. Some 4 KB of stack are used.
  */
 struct viewer_entry { /* 355 bytes, without gaps */
     char name[256];   /* what tells viewers apart; upper and lower case differ */
@@ -1403,8 +1444,9 @@ CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
  * Nothing is stored or told, and the result is
  *     0 after "viewer has been in viewerlist": one of the name is kept as it is
  *     10 after "Viewer List (10) has achieved Max number"
- *     -1 after "viewer is too long": the entry, or one of the list, could not
- *        be stored whole
+ *     -1 after "invalid viewer": the entry could not be read back as it is, or
+ *        is too long to be stored whole
+ * Entries of the list that are too long are stored again as far as they fit.
  */
 CFG_API int viewer_add_config(const struct viewer_entry *entry);
 
@@ -1418,9 +1460,8 @@ CFG_API int viewer_add_config(const struct viewer_entry *entry);
  * for each that goes; before the latter "delete viewer from relay server failed."
  * when the relay refuses, which keeps nobody in the store. Then
  * "clear viewer  in nvram:KEY" for each key, or "viewer has not been in
- * viewerlist:COUNT" when nobody has the name. When a viewer that stays could
- * not be stored whole: "viewer is too long", and nothing is told or changed.
- * Always returns 0.
+ * viewerlist:COUNT" when nobody has the name. A viewer that stays goes back as
+ * far as it fits. Always returns 0.
  */
 CFG_API int viewer_del_config(const struct viewer_entry *entry);
 
@@ -1439,14 +1480,11 @@ CFG_API int viewer_del_config(const struct viewer_entry *entry);
  * command cannot be started. LABEL is the setter's name, but for the alarm
  * sound "alarm_file_set_config". The check blocks until the command ends.
  *
- * The quotes of the command keep blanks together, but the shell still acts on
- * ", $, ` and \ between them: the caller must not pass a path with any of these
- * that it has not vetted itself.
- *
  * Setters return 0, also after "param_set fail"; -1 when the file is refused,
- * or after "invalid path" when the path is too long for its place (100
- * characters for one that is checked), with nothing run or stored. A NULL path
- * is not checked and handed to the store as it is.
+ * or after "invalid path" when the path holds a control or a shell character or
+ * is too long for its place (100 characters for one that is checked), with
+ * nothing run or stored. A NULL path is not checked and handed to the store as
+ * it is.
  */
 
 /*
@@ -1484,8 +1522,9 @@ CFG_API int alarm_audio_get_config(char *dst, size_t size);
 /*
  * Stores the alert volume, "alert_vol".
  *
- * volume  decimal text, 0 to 2; any other stores 1, after
- *         "FUNCTION:LINE error s_alert_vol = TEXT" on standard error
+ * volume  decimal text, 0 to 2 (text that is no number counts as 0); any other
+ *         stores 1, after "alert_file_set_vol:LINE error s_alert_vol = TEXT" on
+ *         standard error
  *
  * Returns 0, also after "param_set fail"; -1 when `volume` is NULL.
  */

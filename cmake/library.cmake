@@ -1,3 +1,5 @@
+include(CheckLinkerFlag)
+
 # The library: static by default, shared with BUILD_SHARED_LIBS=ON.
 add_library(cfg_set
     events/check.cpp
@@ -29,11 +31,36 @@ add_library(cfg_set
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 
-target_include_directories(cfg_set
-    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+# Users in the build tree see the headers, and no more, under the names that they
+# have installed.
+set(public ${CMAKE_CURRENT_BINARY_DIR}/include)
+file(MAKE_DIRECTORY ${public}/cfg_set)
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/cfg_set.h ${public}/cfg_set.h SYMBOLIC)
+file(CREATE_LINK ${PROJECT_SOURCE_DIR}/platform ${public}/cfg_set/platform SYMBOLIC)
+target_include_directories(cfg_set PRIVATE ${PROJECT_SOURCE_DIR}
+    PUBLIC $<BUILD_INTERFACE:${public}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_options(cfg_set PRIVATE
     -fno-exceptions -fno-rtti -ffunction-sections -fdata-sections)
+# Times past 2038 where a 32-bit C library has the choice; no public type
+# depends on it.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(CFG_SET_WIDE_TIME _TIME_BITS=64 _FILE_OFFSET_BITS=64)
+endif()
+target_compile_definitions(cfg_set_warnings INTERFACE ${CFG_SET_WIDE_TIME})
 target_link_libraries(cfg_set PRIVATE $<BUILD_INTERFACE:cfg_set_warnings>)
+
+# The library's calls of its own functions stay inside it, whatever functions
+# of these names the program has.
+check_linker_flag(C -Wl,-Bsymbolic-functions CFG_SET_HAVE_BSYMBOLIC)
+if(CFG_SET_HAVE_BSYMBOLIC)
+  target_link_options(cfg_set PRIVATE -Wl,-Bsymbolic-functions)
+endif()
+
+option(CFG_SET_GC_SECTIONS
+    "Programs that link the static library leave out what they do not use" OFF)
+if(CFG_SET_GC_SECTIONS)
+  target_link_options(cfg_set INTERFACE -Wl,--gc-sections)
+endif()
 
 # No C++ run time: the C driver links, and nothing of C++ is implied. The
 # firmware supplies the platform's symbols, so some stay undefined here.
@@ -44,18 +71,35 @@ set_target_properties(cfg_set PROPERTIES
     SOVERSION ${PROJECT_VERSION_MAJOR}
     LINKER_LANGUAGE C)
 
+# Symbols carry the version of the interface; what is exported is the header's
+# CFG_API alone.
+set(version_script ${CMAKE_CURRENT_LIST_DIR}/cfg_set.map)
+target_link_options(cfg_set PRIVATE -Wl,--version-script=${version_script})
+set_property(TARGET cfg_set PROPERTY LINK_DEPENDS ${version_script})
+
+# Components: runtime is what a device carries, dev what a compiler reads.
 install(TARGETS cfg_set EXPORT cfg_set_targets
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES cfg_set.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cfg_set FILES_MATCHING PATTERN "*.h")
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+install(FILES cfg_set.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(DIRECTORY platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/cfg_set COMPONENT dev
+    FILES_MATCHING PATTERN "*.h")
 
 include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/cfg_set)
 install(EXPORT cfg_set_targets NAMESPACE cfg_set:: FILE cfg_set-config.cmake
-    DESTINATION ${package_dir})
+    DESTINATION ${package_dir} COMPONENT dev)
 write_basic_package_version_file(cfg_set-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cfg_set-config-version.cmake
+    DESTINATION ${package_dir} COMPONENT dev)
+
+# The .pc file finds the rest from where it lies itself; folders that do not move
+# with it are named as they are.
+set(pc_includedir ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} AND NOT IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+  file(RELATIVE_PATH pc_includedir /${CMAKE_INSTALL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_INCLUDEDIR})
+  set(pc_includedir "\${pcfiledir}/${pc_includedir}")
+endif()
 configure_file(packaging/cfg_set.pc.in cfg_set.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cfg_set-config-version.cmake DESTINATION ${package_dir})
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cfg_set.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)

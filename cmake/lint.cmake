@@ -9,11 +9,29 @@ file(GLOB_RECURSE sources CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} *.c *
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} *.h)
 list(FILTER sources EXCLUDE REGEX "^build/")
 list(FILTER headers EXCLUDE REGEX "^build/")
-set(scripts .ci/run desk/camera desk/make-tools desk/root.sh desk/rootfs/etc_ro/init.d/rcS
-    scripts/bench scripts/demo scripts/packages.sh scripts/test tests/camera_test tests/in-root
+set(scripts
+    .ci/run
+    bench/count
+    desk/camera
+    desk/make-tools
+    desk/root.sh
+    desk/rootfs/etc_ro/init.d/rcS
+    scripts/abi-baseline
+    scripts/bench
+    scripts/demo
+    scripts/fuzz
+    scripts/packages
+    scripts/packages.sh
+    scripts/size
+    scripts/test
+    tests/camera_test
+    tests/in-root
     tests/package_test)
 file(GLOB chapters CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} scripts/demo.d/*.sh)
-list(APPEND scripts ${chapters})
+list(APPEND scripts ${chapters} scripts/arm-machine)
+foreach(part cuts day figures init tests)
+  list(APPEND scripts scripts/arm-machine.d/${part})
+endforeach()
 set(stamps ${PROJECT_BINARY_DIR}/lint)
 file(MAKE_DIRECTORY ${stamps})
 
@@ -46,3 +64,4 @@ endforeach()
 
 get_property(all_stamps GLOBAL PROPERTY lint_stamps)
 add_custom_target(lint DEPENDS ${all_stamps})
+add_dependencies(lint docs) # that the reference can be made of the header

@@ -5,7 +5,8 @@
 #include <cstring>
 #include <unistd.h>
 
-__attribute__((constructor)) static void refuse_outside_the_camera_root()
+// Before every other constructor.
+__attribute__((constructor(101))) static void refuse_outside_the_camera_root()
 {
     char mark[8] = "";
     if (readlink("/.camera-root", mark, sizeof mark - 1) > 0 && std::strcmp(mark, "desk") == 0)

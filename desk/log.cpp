@@ -56,6 +56,30 @@ std::string quoted(std::string_view word)
     return result + "'";
 }
 
+bool traced()
+{
+    return access("/etc/desk/trace", F_OK) == 0;
+}
+
+std::string lasted(const std::string &what, double since)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, " %.3f ms)", (seconds() - since) * 1e3);
+    return " (" + what + text;
+}
+
+std::string ended(int status, double since)
+{
+    return lasted("exit " + std::to_string(status) + ",", since);
+}
+
+double seconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
 void log(std::string_view kind, std::string_view text)
 {
     timespec now{};
@@ -63,8 +87,8 @@ void log(std::string_view kind, std::string_view text)
     tm utc{};
     gmtime_r(&now.tv_sec, &utc);
     char stamp[32];
-    std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%03d ", utc.tm_hour, utc.tm_min, utc.tm_sec,
-                  static_cast<int>(now.tv_nsec / 1000000));
+    std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%06d ", utc.tm_hour, utc.tm_min, utc.tm_sec,
+                  static_cast<int>(now.tv_nsec / 1000));
 
     const int file = open(LOG_FILE, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
     if (file < 0)

@@ -5,7 +5,9 @@
 #include "desk/param_store.h"
 #include "platform/param_store.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 static constexpr int NOT_FOUND = 1;
@@ -20,7 +22,7 @@ static int usage()
 
 static int store_failed(const char *what)
 {
-    std::fprintf(stderr, "param: cannot %s\n", what);
+    std::fprintf(stderr, "param: cannot %s: %s\n", what, std::strerror(errno));
     return STORE_FAILED;
 }
 

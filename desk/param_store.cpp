@@ -4,6 +4,7 @@
 #include "platform/param_store.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -92,9 +93,12 @@ Settings parse(std::string_view text)
     return settings;
 }
 
-std::optional<std::string> read_file(const char *path)
+// The file's text; none when it cannot be read, `absent` then telling whether
+// it is not there. Only that may be answered with what an older file has.
+std::optional<std::string> read_file(const char *path, bool &absent)
 {
     FILE *file = std::fopen(path, "re");
+    absent = !file && errno == ENOENT;
     if (!file)
         return std::nullopt;
     std::string text;
@@ -130,27 +134,28 @@ bool replace_file(const std::string &path, const std::string &text)
         return false;
     bool good = std::fwrite(text.data(), 1, text.size(), file) == text.size();
     good = std::fflush(file) == 0 && good;
-    good = fsync(fileno(file)) == 0 && good;
+    good = good && fsync(fileno(file)) == 0;
+    good = good && std::rename(temporary.c_str(), path.c_str()) == 0;
+    // On vfat it is the file, not its folder, that says where a renamed one lies.
+    good = good && fsync(fileno(file)) == 0;
     good = std::fclose(file) == 0 && good;
-    if (!good || std::rename(temporary.c_str(), path.c_str()) != 0) {
+    if (!good) {
         std::remove(temporary.c_str());
         return false;
     }
     return sync_folder(path);
 }
 
-std::optional<std::string> saved_copy()
-{
-    // An unreadable saved copy must not come up as factory settings.
-    return access(STORE_SAVED, F_OK) == 0 ? read_file(STORE_SAVED) : read_file(STORE_DEFAULTS);
-}
-
 // Under the lock: the working copy, made from the saved one on first use.
 std::optional<std::string> working_copy()
 {
-    if (access(STORE_WORKING, F_OK) == 0)
-        return read_file(STORE_WORKING);
-    std::optional<std::string> text = saved_copy();
+    bool absent = false;
+    std::optional<std::string> text = read_file(STORE_WORKING, absent);
+    if (text || !absent)
+        return text;
+    text = read_file(STORE_SAVED, absent);
+    if (!text && absent)
+        text = read_file(STORE_DEFAULTS, absent);
     if (!text || !replace_file(STORE_WORKING, *text))
         return std::nullopt;
     return text;
@@ -191,10 +196,9 @@ int change(const char *key, const char *value)
 
 std::optional<Settings> all_settings()
 {
-    std::optional<std::string> text;
-    if (access(STORE_WORKING, F_OK) == 0) {
-        text = read_file(STORE_WORKING);
-    } else {
+    bool absent = false;
+    std::optional<std::string> text = read_file(STORE_WORKING, absent);
+    if (!text && absent) {
         const Lock lock;
         if (lock)
             text = working_copy();

@@ -1,28 +1,54 @@
 // Stands on PATH under the name of every tool that the firmware runs: records
-// its argument list in the camera's log, one line a call, then behaves as the
-// script /etc/desk/NAME says. Without a script it prints nothing and succeeds.
+// its argument list in the camera's log, behaves as the script /etc/desk/NAME
+// says, and records its end, too, when the camera is traced. Without a script
+// it prints nothing and succeeds. As "recorder KIND TEXT" it adds a line to the
+// log, for scripts.
 
 #include "desk/log.h"
 
+#include <cerrno>
+#include <csignal>
 #include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+
+static int run_script(const std::string &script, char **words)
+{
+    if (access(script.c_str(), R_OK) != 0)
+        return 0;
+    const pid_t child = fork();
+    if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM); // ends with the tool that it stands for
+        std::vector<const char *> arguments{"/bin/sh", script.c_str()};
+        while (*words)
+            arguments.push_back(*words++);
+        arguments.push_back(nullptr);
+        execv(arguments[0], const_cast<char *const *>(arguments.data()));
+        _exit(127);
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
 
 int main(int argc, char **argv)
 {
     const std::string path = argv[0];
     const std::string name = path.substr(path.rfind('/') + 1);
+    if (name == "recorder" && argc == 3) {
+        desk::log(argv[1], desk::escaped(argv[2]));
+        return 0;
+    }
     std::string line = desk::quoted(name);
     for (int i = 1; i < argc; i++)
         line += " " + desk::quoted(argv[i]);
+    const double begin = desk::seconds();
     desk::log("run", line);
-
-    std::string script = "/etc/desk/" + name;
-    if (access(script.c_str(), R_OK) != 0)
-        return 0;
-    char shell[] = "/bin/sh";
-    std::vector<char *> arguments{shell, script.data()};
-    arguments.insert(arguments.end(), argv + 1, argv + argc + 1); // with the closing null
-    execv(shell, arguments.data());
-    return 127;
+    const int result = run_script("/etc/desk/" + name, argv + 1);
+    if (desk::traced())
+        desk::log("end", line + desk::ended(result, begin));
+    return result;
 }

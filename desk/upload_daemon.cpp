@@ -3,19 +3,15 @@
 // It uploads nothing.
 
 #include "desk/log.h"
+#include "desk/queues.h"
 
-#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <string>
-#include <sys/ipc.h>
 #include <sys/msg.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-static constexpr key_t SIGNAL_KEY = 0x20130005;
-static constexpr key_t ACCOUNT_KEY = 0x20130003;
 static constexpr const char *PID_FILE = "/var/run/smbu.pid";
 
 static bool put_text(const std::string &path, const std::string &text)
@@ -27,36 +23,19 @@ static bool put_text(const std::string &path, const std::string &text)
     return std::fclose(file) == 0 && good;
 }
 
-static void log_accounts(int queue)
-{
-    struct {
-        long type;
-        uint16_t code;
-        char reserved[10];
-        char text[256];
-        uint32_t reserved2;
-    } record{};
-    while (msgrcv(queue, &record, sizeof record - sizeof record.type, 0, IPC_NOWAIT) >= 0)
-        desk::log("upload",
-                  "account code=" + std::to_string(record.code) + " " +
-                      desk::quoted({record.text, strnlen(record.text, sizeof record.text)}));
-}
-
 // Logs signals, each behind the account records that were sent before it,
 // until one says stop.
 static void serve()
 {
-    const int signals = msgget(SIGNAL_KEY, IPC_CREAT | 0666);
-    const int accounts = msgget(ACCOUNT_KEY, IPC_CREAT | 0666);
-    struct {
-        long type;
-        uint32_t time;
-    } signal{};
-    while (msgrcv(signals, &signal, sizeof signal.time, 0, 0) >= 0) {
-        log_accounts(accounts);
-        desk::log("upload", "signal " + std::to_string(signal.type));
-        if (signal.type == 5 || signal.type == 6)
+    long signal = 0;
+    while (signal != 5 && signal != 6) {
+        const std::string text = desk::take(desk::UPLOAD_QUEUE, 0, 0, &signal);
+        if (text.empty())
             return;
+        for (std::string account;
+             !(account = desk::take(desk::ACCOUNT_QUEUE, 0, IPC_NOWAIT)).empty();)
+            desk::log("upload", account);
+        desk::log("upload", text);
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <time.h>
 
+using namespace cfg_set;
+
 constexpr uint32_t TYPE_MAX = 4;
 
 // A clock up to here, 2014-01-17 23:06:40 UTC, has not been set since the boot.
@@ -17,7 +19,7 @@ static bool count_fits(const EventQueue *queue)
     return queue->count == slot_of(queue->tail - queue->head);
 }
 
-int checkEventQueue(const EventQueue *queue)
+int cfg_set::checkEventQueue(const EventQueue *queue)
 {
     const unsigned long head = queue->head, tail = queue->tail, count = queue->count;
     if (count > EVENT_QUEUE_SIZE) {

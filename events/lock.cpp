@@ -5,6 +5,8 @@
 #include <sys/ipc.h>
 #include <sys/sem.h>
 
+using namespace cfg_set;
+
 constexpr unsigned short FREE = 1;
 
 // One operation on the semaphore, again as long as signals interrupt it, each
@@ -40,7 +42,7 @@ static int create(key_t key)
     return id;
 }
 
-int sem_get(key_t key)
+int cfg_set::sem_get(key_t key)
 {
     int id = semget(key, 1, 0);
     if (id < 0)
@@ -50,7 +52,7 @@ int sem_get(key_t key)
     return id;
 }
 
-int sem_put(int id)
+int cfg_set::sem_put(int id)
 {
     if (id < 0)
         return -1;

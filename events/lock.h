@@ -4,9 +4,14 @@
 
 #include <sys/types.h>
 
+namespace cfg_set
+{
+
 // Takes the lock, waiting as long as needed. The set's id, or -1 after a
 // report on standard error. A holder that dies gives the lock back.
 int sem_get(key_t key);
 
 // Gives the lock back: 0, or -1 on failure, also at once for a negative id.
 int sem_put(int id);
+
+} // namespace cfg_set

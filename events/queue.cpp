@@ -4,10 +4,12 @@
 
 #include <time.h>
 
+using namespace cfg_set;
+
 static void unlock(int lock, const char *function, int line)
 {
     if (sem_put(lock) != 0)
-        printf("[%s %d] sem_put fail iSemId[%d]\n", function, line, lock);
+        report(function, line, "sem_put fail iSemId[%d]", lock);
 }
 
 // Begins an operation: the lock is held and the ring attached. Null when one of
@@ -16,12 +18,12 @@ static EventQueue *enter(int *lock, const char *function, int line)
 {
     *lock = sem_get(EVENT_SEM_KEY);
     if (*lock < 0) {
-        printf("[%s %d] sem_get fail iSemId[%d]\n", function, line, *lock);
+        report(function, line, "sem_get fail iSemId[%d]", *lock);
         return nullptr;
     }
     EventQueue *queue = getEventQueue();
     if (!queue) {
-        printf("[%s %d] getEventQueue fail\n", function, line);
+        report(function, line, "getEventQueue fail");
         unlock(*lock, function, line);
     }
     return queue;
@@ -34,7 +36,10 @@ static void leave(EventQueue *queue, int lock, const char *function, int line)
 }
 
 // Head, tail and count change in one store, so that a process killed between
-// any two instructions leaves the old ones or the new, never some of each.
+// any two instructions leaves the old ones or the new, never some of each. On
+// ARM that is one stmia, which a signal does not divide; elsewhere a vector of
+// four words, which a compiler splits where the processor has no 16-byte
+// stores.
 static void set_indices(EventQueue *queue, uint32_t head, uint32_t tail, uint32_t count)
 {
     __atomic_signal_fence(__ATOMIC_SEQ_CST); // an event is whole before it counts
@@ -59,7 +64,7 @@ static void change(EventQueue *queue, uint32_t head, uint32_t tail, uint32_t cou
 {
     set_indices(queue, head, tail, count);
     if (saveEventQueue(queue) != 0)
-        printf("[%s %d] saveEventQueue fail\n", function, line);
+        report(function, line, "saveEventQueue fail");
 }
 
 int cfg_isEventQueueEmpty(void)

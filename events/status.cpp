@@ -2,6 +2,8 @@
 
 #include <sys/file.h>
 
+using namespace cfg_set;
+
 #define DEV_STATUS_FILE "/tmp/dev_status"
 constexpr uint8_t STATUS_UNKNOWN = 255;
 

@@ -7,6 +7,8 @@
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
+using namespace cfg_set;
+
 // Reads the file into the ring and closes it. False when it is short or not a ring.
 static bool load(EventQueue *queue, FILE *file)
 {
@@ -15,7 +17,7 @@ static bool load(EventQueue *queue, FILE *file)
     return length == sizeof *queue && checkEventQueue(queue) == 0;
 }
 
-EventQueue *getEventQueue()
+EventQueue *cfg_set::getEventQueue()
 {
     int id = shmget(EVENT_SHM_KEY, sizeof(EventQueue), 0666);
     const bool existed = id >= 0;
@@ -47,7 +49,7 @@ EventQueue *getEventQueue()
     return queue;
 }
 
-void putEventQueue(EventQueue *queue)
+void cfg_set::putEventQueue(EventQueue *queue)
 {
     if (!queue)
         return;
@@ -57,7 +59,7 @@ void putEventQueue(EventQueue *queue)
                errno, strerror(errno));
 }
 
-int saveEventQueue(const EventQueue *queue)
+int cfg_set::saveEventQueue(const EventQueue *queue)
 {
     FILE *file = open_unbuffered(EVENT_QUEUE_FILE, "w+");
     if (!file) {
@@ -74,7 +76,7 @@ int saveEventQueue(const EventQueue *queue)
     return result;
 }
 
-int isEventQueueEmpty(const EventQueue *queue)
+int cfg_set::isEventQueueEmpty(const EventQueue *queue)
 {
     return queue->head == queue->tail && queue->count == 0;
 }

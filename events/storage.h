@@ -8,6 +8,9 @@
 #include <stddef.h>
 #include <sys/types.h>
 
+namespace cfg_set
+{
+
 constexpr key_t EVENT_SEM_KEY = 0x20130001;
 constexpr key_t EVENT_SHM_KEY = 0x20130002;
 #define EVENT_QUEUE_FILE "/mnt/sdcard/video/.event"
@@ -47,3 +50,5 @@ int checkEventQueue(const EventQueue *queue);
 
 // 1 or 0.
 int isEventQueueEmpty(const EventQueue *queue);
+
+} // namespace cfg_set

@@ -5,6 +5,8 @@
 #include <errno.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 // Bytes of the board-id field of a firmware image.
 constexpr size_t BOARD_ID_SIZE = 16;
 constexpr size_t MASK_DIGITS = 8;
@@ -13,7 +15,7 @@ constexpr unsigned SLIP_RING_BIT = 7;
 constexpr unsigned ETHERNET_BIT = 9;
 constexpr unsigned DIFFERENTIAL_AUDIO_BIT = 10;
 
-int eth_support = -1;
+int cfg_set::eth_support = -1;
 
 int cfg_getBoardInfo(unsigned long index, char *buf, int size)
 {
@@ -52,7 +54,7 @@ int cfg_getBoardInfo(unsigned long index, char *buf, int size)
     return 0;
 }
 
-int hardware_bit(unsigned bit)
+int cfg_set::hardware_bit(unsigned bit)
 {
     char text[BOARD_TEXT_SIZE] = "";
     if (cfg_getBoardInfo(BOARD_INFO_HWVER, text, sizeof text) != 0)
@@ -77,7 +79,7 @@ int cfg_check_eth_support_by_hwver(void)
     return eth_support;
 }
 
-uint32_t getBoardIdMask(const char *board, const char *model)
+uint32_t cfg_set::getBoardIdMask(const char *board, const char *model)
 {
     const size_t prefix = strlen(model);
     if (prefix + 1 > BOARD_ID_SIZE) {

@@ -3,6 +3,9 @@
 
 #include <stdint.h>
 
+namespace cfg_set
+{
+
 // Bytes of the buffers that hold a serial number or a hardware version.
 constexpr int BOARD_TEXT_SIZE = 32;
 
@@ -16,3 +19,5 @@ int hardware_bit(unsigned bit);
 // The board mask of `board` (a 16-byte field, NUL only when shorter) after the
 // model prefix `model`; 0, with a report, when it has no such form.
 uint32_t getBoardIdMask(const char *board, const char *model);
+
+} // namespace cfg_set

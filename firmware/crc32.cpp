@@ -6,6 +6,8 @@
 #include <arm_acle.h>
 #endif
 
+using namespace cfg_set;
+
 constexpr uint32_t POLYNOMIAL = 0xEDB88320;
 constexpr uint32_t START = 0xFFFFFFFF;
 constexpr size_t CHUNK_SIZE = 512;

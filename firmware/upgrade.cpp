@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace cfg_set;
+
 constexpr int LIST_LINE_SIZE = 32;
 constexpr pid_t INIT = 1;
 constexpr int QUIET_COUNT = 2; // processes that may be left below INIT
@@ -100,17 +102,12 @@ int cfg_isPlayingMusic(void)
 // large becomes the largest.
 static bool parse_version(const char *text, int (&numbers)[3])
 {
-    char before = 'v';
+    const char *before = "v";
     for (int &number : numbers) {
-        if (*text++ != before)
+        text = scan_number(text, before, &number);
+        if (!text)
             return false;
-        char *end;
-        strtol(text, &end, 10);
-        if (end == text)
-            return false;
-        number = to_int(text);
-        text = end;
-        before = '.';
+        before = ".";
     }
     return true;
 }

@@ -7,6 +7,8 @@
 #include <errno.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 // What an image begins with. Numbers are big-endian; the rest is not looked at.
 struct ImageHeader {
     uint8_t rest1[4];
@@ -87,11 +89,11 @@ static bool rewound(FILE *fp, const char *function, int line)
 {
     if (fseek(fp, 0, SEEK_SET) == 0)
         return true;
-    printf("[%s %d] fseek fail, errno[%d][%s]\n", function, line, errno, strerror(errno));
+    report(function, line, "fseek fail, errno[%d][%s]", errno, strerror(errno));
     return false;
 }
 
-int checkImageChecksum(FILE *fp, uint32_t dwLimit)
+int cfg_set::checkImageChecksum(FILE *fp, uint32_t dwLimit)
 {
     if (!rewound(fp, HERE))
         return -1;
@@ -105,6 +107,11 @@ int checkImageChecksum(FILE *fp, uint32_t dwLimit)
     const uint32_t computed = cfg_getCrc32FromFile(fp, sizeof header, dwLimit);
     if (computed != stored) {
         REPORT("image checksum not match [%#x]!=[%#x]", computed, stored);
+        return -1;
+    }
+    // What a failing medium has not given counts as zeros and as the end.
+    if (ferror(fp)) {
+        REPORT("stream error");
         return -1;
     }
     return 0;

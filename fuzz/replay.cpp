@@ -1,7 +1,6 @@
 // Runs a fuzz target over the files of a folder: the corpus as an ordinary test.
 
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,16 +8,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
-int main(int argc, char **argv)
+int main(int, char **argv)
 {
     int count = 0;
-    for (int i = 1; i < argc; i++)
-        for (const auto &entry : std::filesystem::directory_iterator(argv[i])) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-            LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
-            count++;
-        }
-    std::fprintf(stderr, "%d inputs\n", count);
+    for (const auto &entry : std::filesystem::directory_iterator(argv[1])) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+        LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+        count++;
+    }
     return count > 0 ? 0 : 1;
 }

@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <vector>
 
+using namespace cfg_set;
+
 // As a line buffer of 512 bytes sees the table: pieces of at most 511
 // characters, each up to its first NUL.
 static std::optional<std::string> expected(const std::string &name, const std::string &table)

@@ -5,6 +5,8 @@
 #include <netinet/in.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 constexpr size_t HOST_SIZE = 1025;
 
 static bool is_ipv4_of(const char *interface, const ifaddrs *entry)

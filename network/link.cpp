@@ -8,6 +8,8 @@
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
+using namespace cfg_set;
+
 constexpr key_t WIFI_SEM_KEY = 0xDEF;
 constexpr long ACCESS_POINT_SECONDS = 1200; // of uptime, that the access point is offered
 constexpr unsigned SUPPLICANT_EXIT_S = 1;
@@ -16,13 +18,13 @@ constexpr int NOT_RUNNING = 1; // pidof's exit status
 
 #define RELEASE_LEASE "/etc_ro/udhcpc.kill wlan0"
 
-long sys_uptime()
+long cfg_set::sys_uptime()
 {
     struct sysinfo info;
     return sysinfo(&info) == 0 ? info.uptime : 0;
 }
 
-int live_streaming()
+int cfg_set::live_streaming()
 {
     char state[5];
     return file_block("/proc/live_streaming", state, sizeof state) > 0 && state[0] == '1';

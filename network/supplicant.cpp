@@ -1,6 +1,9 @@
 #include "settings/frame.h"
 
 #include <string.h>
+#include <sys/stat.h>
+
+using namespace cfg_set;
 
 #define SUPPLICANT_FILE "/etc/wpa_supplicant.conf"
 
@@ -103,7 +106,7 @@ void generate_config_block(FILE *fp, int, const char *ssid, const char *key, con
         return;
     // The file has no line feeds in strings: what follows one would be read as
     // the supplicant's own settings, or make it refuse every network.
-    if (strchr(ssid, '\n') || strchr(key, '\n'))
+    if (strchr(ssid, '\n') || strchr(key, '\n') || (bssid && strchr(bssid, '\n')))
         return;
     const size_t length = strlen(key);
     if (length >= PASSPHRASE_MIN && length <= RAW_KEY_DIGITS)
@@ -141,6 +144,7 @@ int cfg_restoreWiFiConfig(void)
         fprintf(stderr, "Error opening %s.\n", SUPPLICANT_FILE);
         return -1;
     }
+    fchmod(fileno(file), S_IRUSR | S_IWUSR); // it holds keys
     fputs("ctrl_interface=/var/run/wpa_supplicant\n"
           "eapol_version=1\n"
           "fast_reauth=1\n",

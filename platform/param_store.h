@@ -2,9 +2,9 @@
  * The parameter store: the firmware's persistent key/value store of text
  * values. The firmware supplies these four functions; cfg_set only calls them.
  *
- * All return 0 for success and non-zero for failure, and none may abort.
- * They are called from several processes at once: the store keeps its own
- * reads and writes consistent.
+ * All return 0 for success and non-zero for failure. They are called from
+ * several processes at once: the store keeps its own reads and writes
+ * consistent.
  */
 #ifndef CFG_SET_PLATFORM_PARAM_STORE_H
 #define CFG_SET_PLATFORM_PARAM_STORE_H
@@ -14,17 +14,17 @@ extern "C" {
 #endif
 
 /*
- * Puts the value of `key` into `buffer`, at most `size` bytes with the
- * terminator; a longer value is cut, and always terminated.
- * Non-zero when the value cannot be read, an absent key included: the buffer
- * is then left as it was.
+ * Puts the value of `key` into `buffer`, always terminated within its `size`
+ * bytes. Non-zero when the value cannot be read, an absent key included: the
+ * buffer is then left as it was. What becomes of a value that does not fit is
+ * the store's affair; cfg_set relies on the terminator alone.
  */
 int param_get(const char *key, char *buffer, unsigned int size);
 
 /*
- * Puts `text` under `key` in the working copy, which every process sees at
- * once. It does not survive a restart before param_save. A NULL `text` is
- * refused; cfg_set hands on the one that a sound's setter is given.
+ * Puts `text` under `key` in the working copy. It does not survive a restart
+ * before param_save. `text` is NULL when a sound's setter or nimbus_set_config
+ * is given NULL: cfg_set hands it on and reports a refusal.
  */
 int param_set(const char *key, const char *text);
 

@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+using namespace cfg_set;
+
 constexpr unsigned SHORT_VALUE_SIZE = 16;
 constexpr size_t CLOUD_STATUS_SIZE = 32;
 

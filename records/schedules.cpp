@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 #define SCHEDULES "sched"
 #define ALARM_CLOCKS "clock"
 
@@ -24,9 +26,10 @@ static_assert(sizeof(sched_entry) == 28 && SCHEDULE_NUMBERS * sizeof(int32_t) ==
 static_assert(sizeof(alarm_clock_entry) == 524, "alarm_clock_entry");
 static_assert(offsetof(alarm_clock_entry, text) == ALARM_CLOCK_NUMBERS * sizeof(int32_t), "text");
 
-static void slot_key(char *key, const char *list, int slot)
+// False for a slot of more than two digits, which has no key.
+static bool slot_key(char *key, const char *list, int slot)
 {
-    format(key, KEY_SIZE, "%s%02d", list, slot);
+    return format(key, KEY_SIZE, "%s%02d", list, slot);
 }
 
 static void clear_slots(const char *list, int slots)
@@ -41,8 +44,10 @@ static void clear_slots(const char *list, int slots)
 static bool set_slot(const char *list, int slot, const char *value, const char *function, int line)
 {
     char key[KEY_SIZE];
-    slot_key(key, list, slot);
-    return put_setting(key, value, function, line);
+    if (slot_key(key, list, slot))
+        return put_setting(key, value, function, line);
+    report(function, line, "param_set fail");
+    return false;
 }
 
 // The value of a slot. False where the list ends: at an empty slot, or at one
@@ -55,22 +60,12 @@ static bool get_slot(const char *list, int slot, char *value, unsigned size, con
     return stored_text(key, value, size, function, line) && *value != '\0';
 }
 
-// sscanf's "%d,%d,..." for `count` numbers, with a result for every digit
-// string and the same one on both widths of `long`. Numbers that the text does
-// not reach stay as they are. The rest of the text, or null when it ended early.
+// sscanf's "%d,%d,..." for `count` numbers. Numbers that the text does not reach
+// stay as they are. The rest of the text, or null when it ended early.
 static const char *scan_numbers(const char *text, int32_t *numbers, int count)
 {
-    for (int i = 0; i < count; i++) {
-        if (i > 0 && *text++ != ',')
-            return nullptr;
-        char *end;
-        const long number = strtol(text, &end, 10);
-        (void)number;
-        if (end == text)
-            return nullptr;
-        numbers[i] = to_int(text);
-        text = end;
-    }
+    for (int i = 0; text && i < count; i++)
+        text = scan_number(text, i == 0 ? "" : ",", &numbers[i]);
     return text;
 }
 
@@ -104,10 +99,6 @@ int sched_check_config(int count, const struct sched_entry *list)
 
 int sched_set_config(int count, const struct sched_entry *list)
 {
-    if (count > SLOT_LIMIT) {
-        REPORT("invalid count %d", count);
-        return 0;
-    }
     clear_slots(SCHEDULES, SCHEDULE_SLOTS);
     for (int i = 0; i < count; i++) {
         const sched_entry *entry = &list[i];
@@ -159,29 +150,14 @@ int alarm_check_config(int count, const struct alarm_clock_entry *list)
     return 0;
 }
 
-// The stored form of an entry; false when its text does not fit.
-static bool alarm_clock_value(const struct alarm_clock_entry *entry, char *value)
-{
-    return format(value, ALARM_CLOCK_VALUE_SIZE, "%d,%d,%d,%.*s", (int)entry->enable,
-                  (int)entry->wday, (int)entry->starttime, (int)sizeof entry->text, entry->text);
-}
-
 int alarm_set_config(int count, const struct alarm_clock_entry *list)
 {
-    if (count > SLOT_LIMIT) {
-        REPORT("invalid count %d", count);
-        return 0;
-    }
-    char value[ALARM_CLOCK_VALUE_SIZE];
-    for (int i = 0; i < count; i++) {
-        if (!alarm_clock_value(&list[i], value)) {
-            REPORT("invalid alarm clock text");
-            return 0;
-        }
-    }
     clear_slots(ALARM_CLOCKS, ALARM_CLOCK_SLOTS);
     for (int i = 0; i < count; i++) {
-        alarm_clock_value(&list[i], value);
+        const alarm_clock_entry *entry = &list[i];
+        char value[ALARM_CLOCK_VALUE_SIZE]; // a text that does not fit is cut there
+        format(value, sizeof value, "%d,%d,%d,%.*s", (int)entry->enable, (int)entry->wday,
+               (int)entry->starttime, (int)sizeof entry->text, entry->text);
         if (!set_slot(ALARM_CLOCKS, i, value, HERE))
             break;
     }

@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+using namespace cfg_set;
+
 #define SOUND_FOLDER "/audio/"
 #define BUILT_IN_ALARM SOUND_FOLDER "alarm.aac"
 
@@ -33,7 +35,8 @@ static bool passes_check(const char *path, const char *command, const char *labe
 }
 
 // Whether a sound may be chosen: none (null), a built-in one, or one that
-// AudioCheck takes. A path that its place cannot hold is reported for the caller.
+// AudioCheck takes. A path that its place cannot hold, or a shell would act on,
+// is reported for the caller.
 static bool may_choose(const char *path, const char *label, const char *function, int line)
 {
     if (!path)
@@ -42,8 +45,8 @@ static bool may_choose(const char *path, const char *label, const char *function
     char command[CHECK_COMMAND_SIZE];
     const bool fits = built_in ? strlen(path) < VALUE_SIZE
                                : format(command, sizeof command, "AudioCheck 32000 \"%s\"", path);
-    if (!fits) {
-        printf("[%s %d] invalid path\n", function, line);
+    if (!fits || !harmless(path, SOUND_WORD)) {
+        report(function, line, "invalid path");
         return false;
     }
     return built_in || passes_check(path, command, label);

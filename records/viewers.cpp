@@ -4,6 +4,8 @@
 
 #include <string.h>
 
+using namespace cfg_set;
+
 constexpr uint8_t VIEWERS_MAX = 10;
 constexpr int LIST_IS_FULL = 10; // result of viewer_add_config
 constexpr size_t KEY_SIZE = 32;
@@ -21,7 +23,7 @@ static void slot_key(char *key, int slot)
     format(key, KEY_SIZE, "viewer_list_%02d", slot);
 }
 
-// The stored form of an entry; false when it does not fit.
+// The stored form of an entry; false when it is cut to fit.
 static bool viewer_value(const struct viewer_entry *entry, char *value)
 {
     return format(value, VALUE_SIZE, "%.256s,%.32s,%.64s,%.3s", entry->name, entry->passcode,
@@ -33,17 +35,12 @@ static bool is_named(const struct viewer_entry *entry, const char *name)
     return strncmp(entry->name, name, sizeof entry->name) == 0;
 }
 
-// Whether every entry, but those named `without` (or none), can be stored.
-static bool storable(uint8_t count, const struct viewer_entry *list, const char *without)
+// Whether a field would be read back as it is.
+static bool is_legible(const char *field, size_t size)
 {
-    char value[VALUE_SIZE];
-    for (uint8_t i = 0; i < count; i++) {
-        if (without && is_named(&list[i], without))
-            continue;
-        if (!viewer_value(&list[i], value))
-            return false;
-    }
-    return true;
+    const size_t length = strnlen(field, size);
+    return length > 0 && length < size && !memchr(field, ',', length) &&
+           !memchr(field, '\n', length);
 }
 
 // Each field is cut to its place; those that the text does not reach stay as
@@ -104,24 +101,35 @@ int viewer_get_config(uint8_t *count, struct viewer_entry *list)
     return 0;
 }
 
-int viewer_set_config(uint8_t count, const struct viewer_entry *list)
+// Stores the list, each entry as far as it fits. Reports as the setter, whoever
+// stores.
+static void store_viewers(uint8_t count, const struct viewer_entry *list)
 {
-    if (!storable(count, list, nullptr)) {
-        REPORT_MODULE("viewer is too long");
-        return 0;
-    }
+    static const char SETTER[] = "viewer_set_config";
     for (uint8_t i = 0; i < count; i++) {
         char key[KEY_SIZE];
         slot_key(key, i);
         char value[VALUE_SIZE];
         viewer_value(&list[i], value);
-        REPORT_MODULE("nvram   = %s", key);
-        REPORT_MODULE("buf     = %s", value);
+        REPORT_MODULE_AS(SETTER, "nvram   = %s", key);
+        REPORT_MODULE_AS(SETTER, "buf     = %s", value);
         if (param_set(key, value) != 0) {
-            REPORT_MODULE("param_set fail");
+            REPORT_MODULE_AS(SETTER, "param_set fail");
             break;
         }
     }
+}
+
+int viewer_set_config(uint8_t count, const struct viewer_entry *list)
+{
+    for (uint8_t i = 0; i < count; i++) {
+        char value[VALUE_SIZE];
+        if (!viewer_value(&list[i], value)) {
+            REPORT_MODULE("viewer is too long");
+            return 0;
+        }
+    }
+    store_viewers(count, list);
     return 0;
 }
 
@@ -140,12 +148,15 @@ int viewer_add_config(const struct viewer_entry *entry)
             return 0;
         }
     }
-    list[count] = *entry;
-    if (!storable((uint8_t)(count + 1), list, nullptr)) {
-        REPORT_MODULE("viewer is too long");
+    char value[VALUE_SIZE];
+    if (!is_legible(entry->name, sizeof entry->name) ||
+        !is_legible(entry->passcode, sizeof entry->passcode) ||
+        !is_legible(entry->credential, sizeof entry->credential) || !viewer_value(entry, value)) {
+        REPORT_MODULE("invalid viewer");
         return -1;
     }
-    viewer_set_config((uint8_t)(count + 1), list);
+    list[count] = *entry;
+    store_viewers((uint8_t)(count + 1), list);
     REPORT_MODULE("add new viewer to nvram n = %d", count);
     if (tell_relay(VIEWER_RELAY_ADD, entry) != 0)
         REPORT_MODULE("add new viewer to relay failed.");
@@ -165,11 +176,6 @@ int viewer_del_config(const struct viewer_entry *entry)
             list[kept++] = list[i];
             continue;
         }
-        // Before anything is told or cleared: the rest must go back whole.
-        if (!storable(count, list, entry->name)) {
-            REPORT_MODULE("viewer is too long");
-            return 0;
-        }
         REPORT_MODULE("deleted viewer has found:%s", list[i].name);
         if (tell_relay(VIEWER_RELAY_DELETE, entry) != 0)
             REPORT_MODULE("delete viewer from relay server failed.");
@@ -185,6 +191,6 @@ int viewer_del_config(const struct viewer_entry *entry)
         REPORT_MODULE("clear viewer  in nvram:%s", key);
         param_unset(key);
     }
-    viewer_set_config(kept, list);
+    store_viewers(kept, list);
     return 0;
 }

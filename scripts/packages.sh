@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by scripts/demo and scripts/test.
+# Sourced by the scripts that install what they need.
 
 # packages NAME:WHY...: installs the Debian packages that are missing.
 packages() {
@@ -30,4 +30,13 @@ build_packages=(
     "dash:the camera's shell"
     "util-linux:joins a running camera"
     "tzdata:the camera's zone files"
+)
+
+# What the benchmarks compare with; building them takes all of it.
+# shellcheck disable=SC2034
+bench_packages=(
+    "zlib1g-dev:hashes too"
+    "libdeflate-dev:hashes too"
+    "libsqlite3-dev:keeps events too"
+    "liblmdb-dev:keeps events too"
 )

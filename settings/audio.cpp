@@ -5,6 +5,8 @@
 #include <string.h>
 #include <unistd.h>
 
+using namespace cfg_set;
+
 constexpr uint32_t MIC_ENABLE_MAX = 1;
 constexpr unsigned MIC_SETTLE_US = 50000; // between unmuting and setting the level
 
@@ -126,7 +128,7 @@ int cfg_setSkypeNoiseSuppressorEnable(uint32_t)
     return 0;
 }
 
-bool sdcard_mounted()
+bool cfg_set::sdcard_mounted()
 {
     FILE *mounts = fopen("/proc/mounts", "r");
     if (!mounts) {
@@ -152,7 +154,7 @@ static bool playable(const char *path)
 // built-in sounds, which are not tested for.
 static void find_prompt(const char *name, const char *language, char *path, size_t size)
 {
-    if (*language) {
+    if (*language && harmless(language, SOUND_WORD)) {
         char folder[64];
         format(folder, sizeof folder, "/mnt/sdcard/morvenix/%s/speech/", language);
         if (format(path, size, "%s%s", folder, name) && playable(path))
@@ -160,14 +162,15 @@ static void find_prompt(const char *name, const char *language, char *path, size
     }
     char stored[32] = "";
     param_get("lang_name", stored, sizeof stored);
-    if (*stored && format(path, size, "/localization/%s/%s", stored, name) && playable(path))
+    if (*stored && harmless(stored, SOUND_WORD) &&
+        format(path, size, "/localization/%s/%s", stored, name) && playable(path))
         return;
     format(path, size, SOUND_FOLDER "%s", name);
 }
 
 int voice_prompt(const char *name)
 {
-    if (!name || strlen(name) > PROMPT_NAME_MAX) {
+    if (!name || strlen(name) > PROMPT_NAME_MAX || !harmless(name, SOUND_WORD)) {
         REPORT("invalid name");
         return -1;
     }
@@ -192,8 +195,9 @@ int voice_prompt(const char *name)
 int alert(const char *path)
 {
     char command[COMMAND_SIZE];
-    if (!path || !format(command, sizeof command, "nice -n -20 %s %s",
-                         strstr(path, ".aac") ? AAC_PLAYER : WAV_PLAYER, path)) {
+    if (!path || !harmless(path, SOUND_WORD) ||
+        !format(command, sizeof command, "nice -n -20 %s %s",
+                strstr(path, ".aac") ? AAC_PLAYER : WAV_PLAYER, path)) {
         REPORT("invalid path");
         return -1;
     }

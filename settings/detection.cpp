@@ -4,6 +4,8 @@
 #include <signal.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 // Receivers of daemon messages.
 constexpr long PRIVACY = 1;
 constexpr long PIR = 2;
@@ -62,10 +64,18 @@ int cfg_setVolumeDetectPrivacyMode(uint32_t on)
     return applied("cfg_sendMsg", post(SOUND, on ? 6 : 7), HERE);
 }
 
+// `level` modulo SENSITIVITIES, by the reciprocal: the camera's processor does
+// not divide, and the function that would do it is larger than this file.
+static uint32_t sensitivity_of(uint32_t level)
+{
+    const uint32_t quotient = (uint32_t)((uint64_t)level * 0xAAAAAAAB >> 33);
+    return level - quotient * SENSITIVITIES;
+}
+
 int cfg_setVolumeDetectSensitivity(uint32_t level)
 {
     char text[VALUE_SIZE];
-    format(text, sizeof text, "%lu", (unsigned long)(level % SENSITIVITIES));
+    format(text, sizeof text, "%lu", (unsigned long)sensitivity_of(level));
     return applied("cfg_sendMsg", post(SOUND, 3, 0, text), HERE);
 }
 

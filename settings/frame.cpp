@@ -5,9 +5,12 @@
 #include <limits.h>
 #include <stdarg.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 
-bool format(char *buffer, size_t size, const char *text, ...)
+using namespace cfg_set;
+
+bool cfg_set::format(char *buffer, size_t size, const char *text, ...)
 {
     va_list arguments;
     va_start(arguments, text);
@@ -16,13 +19,65 @@ bool format(char *buffer, size_t size, const char *text, ...)
     return length >= 0 && (size_t)length < size;
 }
 
-void run(const char *command)
+#define SHELL_CHARACTERS ";&|<>()$`\\\"'"
+
+// What each kind of word may not hold, beside control characters.
+static const struct {
+    const char *refused;
+    bool dash; // whether it may begin with one
+} WORDS[] = {
+    {SHELL_CHARACTERS, true},      // SOUND_WORD
+    {" " SHELL_CHARACTERS, true},  // ZONE_WORD
+    {" " SHELL_CHARACTERS, false}, // SERVER_WORD
+};
+
+bool cfg_set::harmless(const char *text, Word kind)
+{
+    if (*text == '-' && !WORDS[kind].dash)
+        return false;
+    for (; *text; text++)
+        if ((unsigned char)*text < ' ' || *text == '\x7f' || strchr(WORDS[kind].refused, *text))
+            return false;
+    return true;
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // callers' texts are checked where they stand
+static int report_list(const char *module, const char *function, int line, const char *text,
+                       va_list arguments)
+{
+    char whole[VALUE_SIZE]; // longer than any function's name and text in the library
+    if (!format(whole, sizeof whole, "[%s%s %d] %s\n", module, function, line, text))
+        return -1;
+    return vprintf(whole, arguments);
+}
+#pragma GCC diagnostic pop
+
+int cfg_set::report(const char *function, int line, const char *text, ...)
+{
+    va_list arguments;
+    va_start(arguments, text);
+    const int length = report_list("", function, line, text, arguments);
+    va_end(arguments);
+    return length;
+}
+
+int cfg_set::report_module(const char *function, int line, const char *text, ...)
+{
+    va_list arguments;
+    va_start(arguments, text);
+    const int length = report_list("cfg_set ", function, line, text, arguments);
+    va_end(arguments);
+    return length;
+}
+
+void cfg_set::run(const char *command)
 {
     const int status = system(command);
     (void)status;
 }
 
-bool command_line(const char *command, char *line, int size)
+bool cfg_set::command_line(const char *command, char *line, int size)
 {
     FILE *pipe = popen(command, "r");
     if (!pipe)
@@ -32,18 +87,20 @@ bool command_line(const char *command, char *line, int size)
     return read;
 }
 
-bool file_line(const char *path, char *line, int size)
+bool cfg_set::file_line(const char *path, char *line, int size)
 {
     FILE *file = fopen(path, "r");
     if (!file)
         return false;
+    char buffer[SMALL_FILE_SIZE]; // or stdio asks how large to make one, and allocates it
+    setvbuf(file, buffer, _IOFBF, sizeof buffer);
     const char *end = fgets(line, size, file);
     (void)end;
     fclose(file);
     return true;
 }
 
-int file_block(const char *path, char *block, size_t size)
+int cfg_set::file_block(const char *path, char *block, size_t size)
 {
     const int file = open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0)
@@ -54,15 +111,15 @@ int file_block(const char *path, char *block, size_t size)
     return length > 0 ? (int)length : 0;
 }
 
-int file_number(const char *path, int missing)
+int cfg_set::file_number(const char *path, int missing)
 {
     char text[32] = "";
     return file_line(path, text, sizeof text) ? to_int(text) : missing;
 }
 
-bool put_file(const char *path, const char *bytes, size_t length)
+bool cfg_set::put_file(const char *path, const char *bytes, size_t length)
 {
-    FILE *file = fopen(path, "w");
+    FILE *file = open_unbuffered(path, "w");
     if (!file)
         return false;
     fwrite(bytes, 1, length, file);
@@ -70,7 +127,7 @@ bool put_file(const char *path, const char *bytes, size_t length)
     return true;
 }
 
-FILE *open_unbuffered(const char *path, const char *mode)
+FILE *cfg_set::open_unbuffered(const char *path, const char *mode)
 {
     FILE *file = fopen(path, mode);
     if (file)
@@ -78,14 +135,16 @@ FILE *open_unbuffered(const char *path, const char *mode)
     return file;
 }
 
-uint32_t to_number(const char *text, int base)
+uint32_t cfg_set::to_number(const char *text, int base)
 {
     char *end;
     const unsigned long number = strtoul(text, &end, base);
-    return number > UINT32_MAX ? UINT32_MAX : (uint32_t)number;
+    const bool negated = text[strspn(text, " \t\n\v\f\r")] == '-';
+    const unsigned long magnitude = negated ? -number : number;
+    return magnitude > UINT32_MAX ? UINT32_MAX : (uint32_t)number;
 }
 
-int to_int(const char *text)
+int cfg_set::to_int(const char *text)
 {
     const long number = strtol(text, nullptr, 10);
     if (number > INT_MAX)
@@ -93,30 +152,45 @@ int to_int(const char *text)
     return number < INT_MIN ? INT_MIN : (int)number;
 }
 
-int stored_int(const char *key, unsigned size)
+const char *cfg_set::scan_number(const char *text, const char *before, int *number)
+{
+    const size_t length = strlen(before);
+    if (strncmp(text, before, length) != 0)
+        return nullptr;
+    text += length;
+    char *end;
+    strtol(text, &end, 10);
+    if (end == text)
+        return nullptr;
+    *number = to_int(text);
+    return end;
+}
+
+int cfg_set::stored_int(const char *key, unsigned size)
 {
     char text[VALUE_SIZE] = "";
     param_get(key, text, size);
     return to_int(text);
 }
 
-bool stored_text(const char *key, char *text, unsigned size, const char *function, int line)
+bool cfg_set::stored_text(const char *key, char *text, unsigned size, const char *function,
+                          int line)
 {
     if (param_get(key, text, size) == 0)
         return true;
-    printf("[%s %d] param_get fail\n", function, line);
+    report(function, line, "param_get fail");
     return false;
 }
 
-bool put_setting(const char *key, const char *text, const char *function, int line)
+bool cfg_set::put_setting(const char *key, const char *text, const char *function, int line)
 {
     if (param_set(key, text) == 0)
         return true;
-    printf("[%s %d] param_set fail\n", function, line);
+    report(function, line, "param_set fail");
     return false;
 }
 
-bool stored_number(const char *key, uint32_t *value, const char *function, int line)
+bool cfg_set::stored_number(const char *key, uint32_t *value, const char *function, int line)
 {
     char text[VALUE_SIZE];
     if (!stored_text(key, text, sizeof text, function, line))
@@ -125,15 +199,15 @@ bool stored_number(const char *key, uint32_t *value, const char *function, int l
     return true;
 }
 
-int applied(const char *setter, int result, const char *function, int line)
+int cfg_set::applied(const char *setter, int result, const char *function, int line)
 {
     if (result == 0)
         return 0;
-    printf("[%s %d] %s fail\n", function, line, setter);
+    report(function, line, "%s fail", setter);
     return -1;
 }
 
-void toLower(char *buffer, size_t length)
+void cfg_set::toLower(char *buffer, size_t length)
 {
     for (size_t i = 0; i < length; i++)
         buffer[i] = (char)tolower((unsigned char)buffer[i]);

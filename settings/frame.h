@@ -9,25 +9,50 @@
 #include <stdint.h>
 #include <stdio.h>
 
+namespace cfg_set
+{
+
 // Bytes of the standard value buffer, with the terminator.
 constexpr size_t VALUE_SIZE = 256;
 
+// Bytes of the stream buffer for a file of one line. A smaller one glibc passes
+// by: what is written would not wait for fclose.
+constexpr size_t SMALL_FILE_SIZE = 128;
+
 // Reports, in the name and line of the function they stand in: on standard
 // output, on standard error, and with the module's name.
-#define REPORT(text, ...) printf("[%s %d] " text "\n", __func__, __LINE__, ##__VA_ARGS__)
+#define REPORT(text, ...) report(HERE, text, ##__VA_ARGS__)
 #define REPORT_ERROR(text, ...)                                                                    \
     fprintf(stderr, "[%s %d] " text "\n", __func__, __LINE__, ##__VA_ARGS__)
-#define REPORT_MODULE(text, ...)                                                                   \
-    printf("[%s %s %d] " text "\n", "cfg_set", __func__, __LINE__, ##__VA_ARGS__)
+#define REPORT_MODULE(text, ...) REPORT_MODULE_AS(__func__, text, ##__VA_ARGS__)
+#define REPORT_MODULE_AS(function, text, ...) report_module(function, __LINE__, text, ##__VA_ARGS__)
 
 // For helpers that report on behalf of the function that calls them.
 #define HERE __func__, __LINE__
+
+// One printf, whose result they return, of "[FUNCTION LINE] TEXT" and a newline.
+// What all reports have in common is so in the library once.
+int report(const char *function, int line, const char *text, ...)
+    __attribute__((format(printf, 3, 4)));
+int report_module(const char *function, int line, const char *text, ...)
+    __attribute__((format(printf, 3, 4)));
 
 // snprintf that tells whether the whole text fitted; a cut text is terminated.
 bool format(char *buffer, size_t size, const char *text, ...) __attribute__((format(printf, 3, 4)));
 
 // Runs a shell command line in the foreground. Exit codes are never examined.
 void run(const char *command);
+
+// What a text from outside is, that becomes part of a command line.
+enum Word {
+    SOUND_WORD,  // a path or name of a sound, or a language: may have blanks
+    ZONE_WORD,   // a name of a zone file
+    SERVER_WORD, // a time server: could be taken for an option
+};
+
+// Whether a command line may hold the text as what it is: nothing in it acts on
+// the shell, ends a quotation or makes another word.
+bool harmless(const char *text, Word kind);
 
 // The first line that `command` prints, as fgets reads it into `size` bytes.
 // False when the command cannot be started or prints nothing; `line` is then
@@ -55,11 +80,17 @@ bool put_file(const char *path, const char *bytes, size_t length);
 FILE *open_unbuffered(const char *path, const char *mode);
 
 // strtoul into 32 bits, the same on both widths of `long`: trailing characters
-// are ignored, no digits give 0, too large a number gives UINT32_MAX.
+// are ignored, no digits give 0, a magnitude beyond 32 bits gives UINT32_MAX
+// whatever its sign, any other is negated modulo 2^32 by a minus.
 uint32_t to_number(const char *text, int base);
 
 // atoi, the same on both widths of `long`: what is beyond an int gives its limit.
 int to_int(const char *text);
+
+// sscanf's "%d" after the characters `before`, the same on both widths of
+// `long`. The rest of the text, or null (and `number` as it was) when it does
+// not begin so.
+const char *scan_number(const char *text, const char *before, int *number);
 
 // The stored text of `key`. A failed read is reported for the caller as
 // "param_get fail" and leaves `text` as it was.
@@ -82,3 +113,5 @@ int applied(const char *setter, int result, const char *function, int line);
 
 // Lower-cases exactly `length` bytes; a terminator does not stop it.
 void toLower(char *buffer, size_t length);
+
+} // namespace cfg_set

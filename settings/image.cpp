@@ -1,6 +1,8 @@
 #include "firmware/board.h"
 #include "settings/frame.h"
 
+using namespace cfg_set;
+
 #define WLED_FILE "/proc/wled_mode"
 
 constexpr unsigned WLED_BIT = 4;
@@ -110,6 +112,8 @@ int wled_mode(uint32_t mode)
     FILE *lamp = fopen(WLED_FILE, "w+"); // the driver keeps its mode through it
     if (!lamp)
         return REPORT("open %s file fail", WLED_FILE);
+    char buffer[SMALL_FILE_SIZE]; // what is written goes out in fclose, which tells of a failure
+    setvbuf(lamp, buffer, _IOFBF, sizeof buffer);
     bool taken = mode <= 2;
     if (mode == 3 && fgetc(lamp) == '1')
         taken = fseek(lamp, 0, SEEK_SET) == 0;
@@ -138,7 +142,7 @@ int cfg_restoreWLEDEnable(void)
 
 int rlamp_mode(int mode)
 {
-    FILE *lamp = fopen("/proc/rlamp_mode", "w");
+    FILE *lamp = open_unbuffered("/proc/rlamp_mode", "w");
     if (!lamp) {
         REPORT("open file fail");
         return -1;

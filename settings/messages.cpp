@@ -4,6 +4,8 @@
 #include <sys/ipc.h>
 #include <sys/msg.h>
 
+using namespace cfg_set;
+
 constexpr key_t QUEUE_KEY = 5678;
 constexpr size_t BODY_SIZE = 292;
 constexpr long RECORDING = 7;

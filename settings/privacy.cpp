@@ -1,6 +1,8 @@
 #include "events/lock.h"
 #include "settings/frame.h"
 
+using namespace cfg_set;
+
 #define PRIVACY_KEY "orb_privacy_mode_enable"
 constexpr key_t PRIVACY_LOCK = 0xDEF1;
 

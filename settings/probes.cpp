@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+using namespace cfg_set;
+
 #define ZONES_FILE "/proc/activity_zones"
 
 int streaming_counter(void)
@@ -66,13 +68,26 @@ int activity_zones_state(int write, int value)
             perror("fopen");
         return to_int(digit);
     }
-    if (!format(digit, 2, "%d", value)) {
-        REPORT("invalid value[%d]", value);
+    if (!format(digit, 2, "%d", value))
         return 0;
-    }
     if (!put_file(ZONES_FILE, digit, 2))
         perror("fopen");
     return 0;
+}
+
+// Reads "{%d,%d}{%d,%d,%d,%d}", of which the second group is the zones.
+static bool scan_zones(const char *text, int (&zone)[4])
+{
+    int unused;
+    text = scan_number(text, "{", &unused);
+    if (text)
+        text = scan_number(text, ",", &unused);
+    const char *before = "}{";
+    for (int i = 0; text && i < 4; i++) {
+        text = scan_number(text, before, &zone[i]);
+        before = ",";
+    }
+    return text != nullptr;
 }
 
 int disable_face_hw_check(void)
@@ -80,10 +95,8 @@ int disable_face_hw_check(void)
     char text[VALUE_SIZE] = "";
     if (param_get("motor_zones", text, sizeof text) != 0)
         return 0;
-    int unused;
     int zone[4];
-    if (sscanf(text, "{%d,%d}{%d,%d,%d,%d}*", &unused, &unused, &zone[0], &zone[1], &zone[2],
-               &zone[3]) != 6) {
+    if (!scan_zones(text, zone)) {
         fputs("sscanf value fail \n", stderr);
         return 0;
     }

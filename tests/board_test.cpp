@@ -6,179 +6,90 @@
 
 #include <cerrno>
 
+using namespace cfg_set;
 using namespace doubles;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-class BoardTest : public LibraryTest
-{
-  protected:
-    void SetUp() override
-    {
-        LibraryTest::SetUp();
-        eth_support = -1;
-    }
-};
+using BoardTest = LibraryTest;
 
-// A board tool that answers every query with the output of `script`.
-static void board_says(const std::string &script)
-{
-    write_script("/tmp/bin/board", script);
-}
+// clang-format off
 
-static Outcome query(unsigned long index, std::string &text, size_t size = 32)
+// The answer of the board and the text that it leaves in a buffer of this size.
+static std::string info(unsigned long index, int size = 32)
 {
-    std::vector<char> buffer(size);
-    Outcome outcome =
-        observe([&] { return cfg_getBoardInfo(index, buffer.data(), static_cast<int>(size)); });
-    text.assign(buffer.data());
-    return outcome;
-}
-
-TEST_F(BoardTest, EachIndexAsksItsOwnQuestion)
-{
-    board_says("echo \"the $1\"; echo more");
-    std::string text;
-    EXPECT_EQ(query(BOARD_INFO_BOARDID, text).result, 0);
-    EXPECT_EQ(text, "the boardid");
-    EXPECT_EQ(query(BOARD_INFO_SN, text).result, 0);
-    EXPECT_EQ(text, "the sn");
-    EXPECT_EQ(query(BOARD_INFO_HWVER, text).result, 0);
-    EXPECT_EQ(text, "the hwver");
-    EXPECT_THAT(calls, ElementsAre("popen board boardid", "popen board sn", "popen board hwver"));
-}
-
-TEST_F(BoardTest, UnknownIndexIsReportedAndAsksNothing)
-{
-    char text[8] = "kept";
-    const Outcome outcome = observe([&] { return cfg_getBoardInfo(3, text, sizeof text); });
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_getBoardInfo #] unknown index[3]\n");
-    EXPECT_STREQ(text, "kept");
-    EXPECT_THAT(calls, IsEmpty());
-}
-
-TEST_F(BoardTest, CommandThatCannotStartIsReportedAsPclose)
-{
-    popen_error = ENOMEM;
-    std::string text;
-    const Outcome outcome = query(BOARD_INFO_SN, text);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_getBoardInfo #] pclose fail, errno[12][Cannot allocate memory]\n");
-    EXPECT_EQ(text, "");
-}
-
-TEST_F(BoardTest, ToolThatIsMissingOrSilentIsReported)
-{
+    std::string text(64, '~');
+    text[0] = '\0';
     errno = ENOENT; // an old error must not be blamed
-    std::string text;
-    board_says("exit 0");
-    Outcome outcome = query(BOARD_INFO_SN, text);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_getBoardInfo #] fgets fail, errno[0][Success]\n");
-    setenv("PATH", "/bin", 1);
-    outcome = query(BOARD_INFO_SN, text);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_getBoardInfo #] fgets fail, errno[0][Success]\n");
-    EXPECT_EQ(text, "");
+    const int result = cfg_getBoardInfo(index, text.data(), size);
+    return words(result, text.substr(0, text.find('\0')));
 }
 
-TEST_F(BoardTest, AnswersOfAnyLengthFitTheBuffer)
+static std::string bits()
 {
-    std::string text;
-    board_says("printf 'xq7h0c'");
-    EXPECT_EQ(query(BOARD_INFO_BOARDID, text, 17).result, 0);
-    EXPECT_EQ(text, "xq7h0c");
-
-    board_says("head -c 10000000 /dev/zero | tr '\\0' x");
-    EXPECT_EQ(query(BOARD_INFO_BOARDID, text, 17).result, 0);
-    EXPECT_EQ(text, std::string(16, 'x'));
-
-    board_says("echo; echo second");
-    EXPECT_EQ(query(BOARD_INFO_BOARDID, text, 17).result, 0);
-    EXPECT_EQ(text, "");
-}
-
-TEST_F(BoardTest, PredicatesReadTheirBits)
-{
-    struct Board {
-        const char *version;
-        int slip_ring, ethernet, differential;
-    };
-    for (const Board &board :
-         {Board{"280", 1, 1, 0}, Board{"80", 1, 0, 0}, Board{"200", 0, 1, 0}, Board{"400", 0, 0, 1},
-          Board{"0x680", 1, 1, 1}, Board{" 7ff rev", 1, 1, 1}, Board{"170", 0, 0, 0},
-          Board{"xyz", 0, 0, 0}, Board{"", 0, 0, 0}}) {
-        eth_support = -1;
-        board_says(std::string("echo '") + board.version + "'");
-        EXPECT_EQ(cfg_is_slip_ring_model(), board.slip_ring) << board.version;
-        EXPECT_EQ(cfg_check_eth_support_by_hwver(), board.ethernet) << board.version;
-        EXPECT_EQ(cfg_is_audio_differential(), board.differential) << board.version;
-    }
-    EXPECT_EQ(calls[0], "popen board hwver");
-}
-
-TEST_F(BoardTest, EthernetAnswerIsKeptEvenOfAFailedQuery)
-{
-    board_says("echo 200");
-    EXPECT_EQ(cfg_check_eth_support_by_hwver(), 1);
-    board_says("echo 0");
-    EXPECT_EQ(cfg_check_eth_support_by_hwver(), 1);
-    EXPECT_EQ(calls.size(), 1U);
-
     eth_support = -1;
-    popen_error = EMFILE;
-    EXPECT_EQ(observe(cfg_check_eth_support_by_hwver).result, 0);
-    popen_error = 0;
-    board_says("echo 200");
-    EXPECT_EQ(cfg_check_eth_support_by_hwver(), 0);
-    EXPECT_EQ(calls.size(), 2U);
-    EXPECT_EQ(cfg_is_slip_ring_model(), 0);
-    EXPECT_EQ(calls.size(), 3U) << "the others ask every time";
+    const int slip_ring = cfg_is_slip_ring_model(), differential = cfg_is_audio_differential();
+    return words(slip_ring, cfg_check_eth_support_by_hwver(), differential);
 }
 
-static Outcome mask(const char *board, const char *model, uint32_t &value)
+// What is said of Ethernet first, and once the board answers 200.
+static std::string ethernet()
 {
-    return observe([&] {
-        value = getBoardIdMask(board, model);
-        return 0;
+    eth_support = -1;
+    const int first = cfg_check_eth_support_by_hwver();
+    refused.clear();
+    answers["board hwver"] = "200";
+    return words(first, cfg_check_eth_support_by_hwver());
+}
+
+TEST_F(BoardTest, AnswersAndBits)
+{
+    const std::string long_id = "0123456789abcdefgh";
+    const Calls id = {"popen board boardid"}, sn = {"popen board sn"}, version = {"popen board hwver"};
+    const Calls versions = {version[0], version[0], version[0]};
+    const std::string none = "[cfg_getBoardInfo #] fgets fail, errno[0][Success]";
+    EXPECT_EQ(eth_support, -1) << "before the first call";
+    check({
+        {{{"$ board boardid", "xq7h0c\nmore\n"}}, {}, CALL_AS(cfg_getBoardInfo, info(0)), "0 xq7h0c", id, ""},
+        {{{"$ board sn", "B2"}},          {}, CALL_AS(cfg_getBoardInfo, info(1)), "0 B2", sn, ""},
+        {{{"$ board hwver", "\n280\n"}},  {}, CALL_AS(cfg_getBoardInfo, info(2)), "0 ", version, ""},
+        {{{"$ board boardid", long_id}},  {}, CALL_AS(cfg_getBoardInfo, info(0, 17)), "0 0123456789abcdef", id, ""},
+        {{{"$ board sn", ""}},            {}, CALL_AS(cfg_getBoardInfo, info(1)), "-1 ", sn, "fgets fail, errno[0][Success]"},
+        {{}, {"popen board sn"},              CALL_AS(cfg_getBoardInfo, info(1)), "-1 ", sn, "pclose fail, errno[12][Cannot allocate memory]"},
+        {{},                              {}, CALL(cfg_getBoardInfo(3, nullptr, 0)), -1, {}, "unknown index[3]"},
+
+        {{{"$ board hwver", "280\n"}},    {}, CALL(bits()), "1 1 0", versions, ""},
+        {{{"$ board hwver", "80"}},       {}, CALL(bits()), "1 0 0", versions, ""},
+        {{{"$ board hwver", "200"}},      {}, CALL(bits()), "0 1 0", versions, ""},
+        {{{"$ board hwver", "0x400"}},    {}, CALL(bits()), "0 0 1", versions, ""},
+        {{{"$ board hwver", " 7ff rev"}}, {}, CALL(bits()), "1 1 1", versions, ""},
+        {{{"$ board hwver", "97f"}},      {}, CALL(bits()), "0 0 0", versions, ""},
+        {{{"$ board hwver", "xyz"}},      {}, CALL(bits()), "0 0 0", versions, ""},
+        {{{"$ board hwver", std::string(28, '0') + "2801"}}, {}, CALL(bits()), "1 1 0", versions, ""}, // 31 count
+        {{{"$ board hwver", ""}},         {}, CALL(bits()), "0 0 0", versions, none + "\n" + none + "\n" + none},
+        {{{"$ board hwver", "200"}},      {}, CALL(ethernet()), "1 1", version, ""},
+        {{{"$ board hwver", "0"}},        {}, CALL(ethernet()), "0 0", version, ""},
+        {{{"$ board hwver", ""}},         {}, CALL(ethernet()), "0 0", version, none},
     });
 }
 
 TEST_F(BoardTest, MaskIsTheHexadecimalTextAfterTheModel)
 {
-    const auto quiet_mask = [](const char *board, const char *model) {
-        uint32_t value = 0;
-        EXPECT_EQ(mask(board, model, value).out, "") << board;
-        return value;
-    };
-    EXPECT_EQ(quiet_mask("xq7h0c", "xq7"), 0x0CU);
-    EXPECT_EQ(quiet_mask("habch0f", "habc"), 0x0FU);
-    EXPECT_EQ(quiet_mask("xq7hffffffff", "xq7"), 0xFFFFFFFFU);
-    EXPECT_EQ(quiet_mask("xq7h123456789", "xq7"), 0x12345678U) << "eight digits at most";
-    EXPECT_EQ(quiet_mask("xq7h", "xq7"), 0U);
-    EXPECT_EQ(quiet_mask("xq7hzz", "xq7"), 0U);
-    EXPECT_EQ(quiet_mask("abchh12", "abc"), 0U);
-    // The digits reach the end of the 16-byte field, which has no terminator;
-    // what follows it is not the board's.
-    EXPECT_EQ(quiet_mask("modelname01h1234ffff", "modelname01"), 0x1234U);
-    EXPECT_EQ(quiet_mask("fifteenletters1h8", "fifteenletters1"), 0U) << "no room for digits";
-}
-
-TEST_F(BoardTest, MaskOfAnotherFormIsReportedAsNone)
-{
-    uint32_t value = 1;
-    EXPECT_EQ(mask("xq7h0c", "sixteenletters16", value).out,
-              "[getBoardIdMask #] dwBufSize[16] not enough\n");
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(mask("xq7h0c", "xq8", value).out, "[getBoardIdMask #] model[xq8] not found\n");
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(mask("xq", "xq7", value).out, "[getBoardIdMask #] model[xq7] not found\n");
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(mask("xq7x0c", "xq7", value).out, "[getBoardIdMask #] invalid board format\n");
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(mask("xq7", "xq7", value).out, "[getBoardIdMask #] invalid board format\n");
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(mask("xq7h1\xe9", "xq7", value).out, "[getBoardIdMask #] non-ascii char[0xe9]\n");
-    EXPECT_EQ(value, 0U);
+    check({
+        {{}, {}, CALL(getBoardIdMask("xq7h0c", "xq7")),        0x0c, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("habch0f", "habc")),      0x0f, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("xq7hffffffff", "xq7")),  UINT32_MAX, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("xq7h123456789", "xq7")), 0x12345678, {}, ""}, // eight digits at most
+        {{}, {}, CALL(getBoardIdMask("xq7h", "xq7")),          0, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("xq7hzz", "xq7")),        0, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("abchh12", "abc")),       0, {}, ""},
+        // The digits reach the end of the 16-byte field, which has no terminator.
+        {{}, {}, CALL(getBoardIdMask("modelname01h1234ffff", "modelname01")), 0x1234, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("fifteenletters1h8", "fifteenletters1")), 0, {}, ""},
+        {{}, {}, CALL(getBoardIdMask("xq7h0c", "seventeenletters1")), 0, {}, "dwBufSize[16] not enough"},
+        {{}, {}, CALL(getBoardIdMask("xq7h0c", "xq8")),        0, {}, "model[xq8] not found"},
+        {{}, {}, CALL(getBoardIdMask("xq", "xq7")),            0, {}, "model[xq7] not found"},
+        {{}, {}, CALL(getBoardIdMask("xq7x0c", "xq7")),        0, {}, "invalid board format"},
+        {{}, {}, CALL(getBoardIdMask("xq7", "xq7")),           0, {}, "invalid board format"},
+        {{}, {}, CALL(getBoardIdMask("xq7h1\xe9", "xq7")),     0, {}, "non-ascii char[0xe9]"},
+        {{}, {}, CALL(getBoardIdMask("xq7h\x80", "xq7")),      0, {}, "non-ascii char[0x80]"},
+    });
 }

@@ -5,134 +5,82 @@
 #include "doubles.h"
 
 using namespace doubles;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using DetectionTest = LibraryTest;
+using Given = std::map<std::string, std::string>;
 
-class DetectionTest : public LibraryTest
-{
-};
-
-static const std::string PID_FILE = "/var/run/GMMdVideo.pid";
-
-// Whom PIR detection signals when the pid file holds `text`.
-static std::vector<std::string> signalled(const std::string &text)
-{
-    write_file(PID_FILE, text);
-    calls.clear();
-    const Outcome outcome = observe([] { return cfg_setPirEnable(1); });
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.out + outcome.err, "");
-    return calls;
-}
+// clang-format off
 
 TEST_F(DetectionTest, EngineIsSignalledOnlyUnderAPositivePid)
 {
-    EXPECT_THAT(signalled("42"), ElementsAre("kill 42 38"));
-    EXPECT_THAT(signalled(" 42 engine\n7"), ElementsAre("kill 42 38"));
-    EXPECT_THAT(signalled(std::string(31, ' ') + "78"), ElementsAre("kill 7 38")) << "32 bytes";
-    EXPECT_THAT(signalled("4294967338"), ElementsAre("kill 2147483647 38")) << "not 42";
-    for (const std::string text : {"0", "-1", "-42", "-99999999999", "", "engine"})
-        EXPECT_THAT(signalled(text), IsEmpty()) << text;
-}
-
-TEST_F(DetectionTest, EngineThatDoesNotRunIsReportedButNoFailure)
-{
-    const Outcome outcome = observe([] { return cfg_setPirEnable(0); });
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.out, "[cfg_setPirEnable #] notify motion tracking engine fail\n");
-    EXPECT_THAT(posted(), ElementsAre("2 3"));
-
-    write_file(PID_FILE + "/a", ""); // a folder can be opened, not read
-    EXPECT_EQ(observe([] { return cfg_setPirEnable(0); }).out, "");
-    EXPECT_THAT(calls, IsEmpty());
-}
-
-// What is posted when both detections, stored as on, are restored on a board
-// whose tool is `board`.
-static std::vector<std::string> restored_on(const std::string &board)
-{
-    write_file(PID_FILE, "");
-    write_script("/tmp/bin/board", board);
-    store = {{"alert_pir_enable", "1"}, {"alert_audio_enable", "1"}};
-    EXPECT_EQ(observe(cfg_restorePirEnable).result, 0);
-    EXPECT_EQ(observe(cfg_restoreVolumeDetect).result, 0);
-    return posted();
+    for (const auto &pid : Given{{"42", "42"}, {" 42 engine\n7", "42"}, {"1", "1"},
+             {std::string(31, ' ') + "78", "7"}, {"4294967338", "2147483647"}})
+        check({{{{"/var/run/GMMdVideo.pid", pid.first}}, {}, CALL(cfg_setPirEnable(1)), 0, {"post 2 2", "kill " + pid.second + " 38"}, ""}});
+    for (const std::string pid : {"0", "-1", "-42", "-99999999999", "", "engine"})
+        check({{{{"/var/run/GMMdVideo.pid", pid}}, {}, CALL(cfg_setPirEnable(0)), 0, {"post 2 3"}, ""}});
+    check({{{{"/var/run/GMMdVideo.pid/", ""}}, {}, CALL(cfg_setPirEnable(1)), 0, {"post 2 2"}, ""}}); // can be opened, not read
+    check({{{}, {}, CALL(cfg_setPirEnable(1)), 0, {"post 2 2"}, "notify motion tracking engine fail"}});
 }
 
 TEST_F(DetectionTest, BoardsThatCannotHaveDetectionRestoreItOff)
 {
-    for (const std::string board :
-         {"echo B20", "echo 'B2 '", "echo b2", "echo ' D1'", "echo; echo B2", "exit 1"}) {
-        EXPECT_THAT(restored_on(board), ElementsAre("2 2", "4 4")) << board;
-        EXPECT_EQ(store["alert_pir_enable"] + store["alert_audio_enable"], "11");
-    }
-    refused = {"set alert_audio_enable"}; // makes no difference
-    for (const std::string board : {"echo B2", "printf D1", "echo B2; exit 1"}) {
-        EXPECT_THAT(restored_on(board), ElementsAre("2 3", "4 5")) << board;
-        EXPECT_EQ(store["alert_pir_enable"] + store["alert_audio_enable"], "01");
-    }
-    calls.clear();
-    EXPECT_EQ(cfg_restorePirEnable(), 0);
-    EXPECT_THAT(calls,
-                ElementsAre("get alert_pir_enable 256", "popen board sn", "set alert_pir_enable=0"))
-        << "and the commit is left to others";
-}
-
-TEST_F(DetectionTest, RestorersReadTheirKeys)
-{
-    store = {{"alert_type", "1"}, {"alert_chat_enable", "1"}};
-    expect_keys_read(
-        {{"PirEnable", "alert_pir_enable", cfg_restorePirEnable},
-         {"VolumeDetect", "alert_audio_enable", cfg_restoreVolumeDetect},
-         {"VolumeDetectSensitivity", "alert_audio_sensitivity", cfg_restoreVolumeDetectSensitivity},
-         {"MotionTrackEnable", "alert_motion_track_enable", cfg_restoreMotionTrackEnable},
-         {"AlertType", "alert_type", cfg_restoreAlertType},
-         {"AlertAppEnable", "alert_app_enable", cfg_restoreAlertAppEnable},
-         {"AlertChatEnable", "alert_chat_enable", cfg_restoreAlertChatEnable},
-         {"AlertVideoCallEnable", "alert_video_call_enable", cfg_restoreAlertVideoCallEnable},
-         {"AlertVideoCallAccount", "alert_call_account", cfg_restoreAlertVideoCallAccount},
-         {"AlertEmailEnable", "alert_email_enable", cfg_restoreAlertEmailEnable},
-         {"AlertEmailAccount", "alert_email_account", cfg_restoreAlertEmailAccount}});
-}
-
-TEST_F(DetectionTest, RestorersNameTheSetterThatFailed)
-{
-    store = {{"alert_pir_enable", "0"},
-             {"alert_audio_enable", "0"},
-             {"alert_type", "2"},
-             {"alert_audio_sensitivity", "-1"}};
-    EXPECT_EQ(cfg_restoreVolumeDetectSensitivity(), 0);
-    EXPECT_THAT(posted(), ElementsAre("4 3 param=0"));
-    fill_queue();
-    const std::vector<Restorer> restorers = {
-        {"PirEnable", "", cfg_restorePirEnable},
-        {"VolumeDetect", "", cfg_restoreVolumeDetect},
-        {"VolumeDetectSensitivity", "", cfg_restoreVolumeDetectSensitivity},
-        {"AlertType", "", cfg_restoreAlertType}};
-    for (const Restorer &restorer : restorers) {
-        const Outcome outcome = observe(restorer.restore);
-        EXPECT_EQ(outcome.result, -1);
-        EXPECT_THAT(outcome.out, testing::EndsWith("[cfg_restore" + restorer.name + " #] cfg_set" +
-                                                   restorer.name + " fail\n"));
-    }
+    const Calls board = {"popen board sn"}, pir = {"set alert_pir_enable=0"}, sound = {"set alert_audio_enable=0"};
+    const std::string lost = "[cfg_sendMsg #] msgsnd fail\n", query = "[cfg_getBoardInfo #] pclose fail, errno[12][Cannot allocate memory]";
+    const auto on = [](const std::string &name) {
+        return Given{{"$ board sn", name}, {"alert_pir_enable", "1"}, {"alert_audio_enable", "1x"}, {"/var/run/GMMdVideo.pid", "0"}};
+    };
+    const auto level = [](const char *stored) { return Given{{"alert_audio_sensitivity", stored}}; };
+    for (const std::string name : {"B20\n", "B2 \n", "b2\n", " D1\n", "D1x\n", "\nB2\n", "B\n"})
+        check({
+            {on(name), {}, CALL(cfg_restorePirEnable()), 0, board + Calls{"post 2 2"}, "", {"alert_pir_enable 256"}},
+            {on(name), {}, CALL(cfg_restoreVolumeDetect()), 0, board + Calls{"post 4 4"}, "", {"alert_audio_enable 256"}},
+        });
+    for (const std::string name : {"B2\n", "D1", "D1\nB20\n"})
+        check({
+            {on(name), {}, CALL(cfg_restorePirEnable()), 0, board + pir + Calls{"post 2 3"}, ""},
+            {on(name), {"set alert_audio_enable"}, CALL(cfg_restoreVolumeDetect()), 0, board + sound + Calls{"post 4 5"}, ""},
+        });
+    check({
+        {on("B2\n"), {board[0]}, CALL(cfg_restorePirEnable()), 0, board + Calls{"post 2 2"}, query},
+        {on("9\n"), {"get alert_pir_enable"}, CALL(cfg_restorePirEnable()), -1, {}, "param_get fail"},
+        {on("9\n"), {"get alert_audio_enable"}, CALL(cfg_restoreVolumeDetect()), -1, {}, "param_get fail"},
+        {on("9\n"), {"msgsnd"}, CALL(cfg_restorePirEnable()), -1, board + Calls{"post 2 2"},
+            lost + "[cfg_setPirEnable #] cfg_sendMsg fail\ncfg_setPirEnable fail"},
+        {on("9\n"), {"msgsnd"}, CALL(cfg_restoreVolumeDetect()), -1, board + Calls{"post 4 4"},
+            lost + "[cfg_setVolumeDetect #] cfg_sendMsg fail\ncfg_setVolumeDetect fail"},
+        {level("4294967294"), {}, CALL(cfg_restoreVolumeDetectSensitivity()), 0, {"post 4 3 param=2"}, "", {"alert_audio_sensitivity 256"}},
+        {level("4"), {"msgsnd"}, CALL(cfg_restoreVolumeDetectSensitivity()), -1, {"post 4 3 param=1"},
+            lost + "[cfg_setVolumeDetectSensitivity #] cfg_sendMsg fail\ncfg_setVolumeDetectSensitivity fail"},
+        {{}, {}, CALL(cfg_restoreVolumeDetectSensitivity()), -1, {}, "param_get fail"},
+    });
 }
 
 TEST_F(DetectionTest, AlertChannelsChangeNothing)
 {
-    EXPECT_EQ(cfg_setMotionTrackEnable(1) | cfg_setAlertAppEnable(1) |
-                  cfg_setAlertVideoCallEnable(1) | cfg_setAlertVideoCallAccount("a") |
-                  cfg_setAlertEmailEnable(1) | cfg_setAlertEmailAccount(nullptr) |
-                  cfg_setAlertChatEnable(0),
-              0);
-    EXPECT_THAT(calls, IsEmpty());
-    store = {{"alert_motion_track_enable", "1"}, {"alert_email_account", "a"}, {"alert_type", ""}};
-    EXPECT_EQ(cfg_restoreMotionTrackEnable() | cfg_restoreAlertEmailAccount(), 0);
-    EXPECT_EQ(cfg_setAlertChatEnable(1), 0) << "chat needs the type";
-    store = {{"alert_chat_enable", "1"}};
-    EXPECT_EQ(cfg_setAlertType(0), 0) << "and the type needs chat";
-    const Outcome outcome = observe(cfg_restoreAlertChatEnable);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_setAlertChatEnable #] param_get fail\n"
-                           "[cfg_restoreAlertChatEnable #] cfg_setAlertChatEnable fail\n");
-    EXPECT_EQ(recorded("get").size(), calls.size());
+    const std::string type = "alert_type 256", chat = "alert_chat_enable 256";
+    const std::vector<Row> readers = {
+        {{{"alert_motion_track_enable", "1"}}, {}, CALL(cfg_restoreMotionTrackEnable()), 0, {}, "", {"alert_motion_track_enable 256"}},
+        {{{"alert_app_enable", "1"}}, {}, CALL(cfg_restoreAlertAppEnable()), 0, {}, "", {"alert_app_enable 256"}},
+        {{{"alert_video_call_enable", "1"}}, {}, CALL(cfg_restoreAlertVideoCallEnable()), 0, {}, "", {"alert_video_call_enable 256"}},
+        {{{"alert_call_account", "a"}}, {}, CALL(cfg_restoreAlertVideoCallAccount()), 0, {}, "", {"alert_call_account 256"}},
+        {{{"alert_email_enable", "1"}}, {}, CALL(cfg_restoreAlertEmailEnable()), 0, {}, "", {"alert_email_enable 256"}},
+        {{{"alert_email_account", "a"}}, {}, CALL(cfg_restoreAlertEmailAccount()), 0, {}, "", {"alert_email_account 256"}},
+        {{{"alert_chat_enable", ""}}, {}, CALL(cfg_setAlertType(0)), 0, {}, "", {chat}},
+        {{{"alert_type", ""}}, {}, CALL(cfg_setAlertChatEnable(1)), 0, {}, "", {type}},
+        {{{"alert_chat_enable", "0"}}, {}, CALL(cfg_restoreAlertChatEnable()), 0, {}, "", {chat}}, // 0 needs no type
+    };
+    check(readers);
+    for (const Row &reader : readers)
+        check({{{}, {}, reader.call, -1, {}, "param_get fail", reader.reads}});
+    check({
+        {{}, {}, CALL(cfg_setMotionTrackEnable(1) | cfg_setAlertAppEnable(1) | cfg_setAlertVideoCallEnable(1) |
+            cfg_setAlertVideoCallAccount("a") | cfg_setAlertEmailEnable(1) | cfg_setAlertEmailAccount(nullptr)), 0, {}, ""},
+        {{}, {}, CALL(cfg_setAlertChatEnable(0)), 0, {}, ""},
+        // The type needs chat, and chat the type.
+        {{{"alert_chat_enable", "0"}, {"alert_type", "2"}}, {}, CALL(cfg_restoreAlertType()), 0, {}, "", {type, chat}},
+        {{{"alert_chat_enable", "1"}}, {}, CALL(cfg_restoreAlertType()), -1, {}, "param_get fail", {type}},
+        {{{"alert_type", "2"}}, {}, CALL(cfg_restoreAlertType()), -1, {}, "[cfg_setAlertType #] param_get fail\ncfg_setAlertType fail"},
+        {{{"alert_chat_enable", "1"}, {"alert_type", "2"}}, {}, CALL(cfg_restoreAlertChatEnable()), 0, {}, "", {chat, type}},
+        {{{"alert_chat_enable", "1"}}, {}, CALL(cfg_restoreAlertChatEnable()), -1, {},
+            "[cfg_setAlertChatEnable #] param_get fail\ncfg_setAlertChatEnable fail"},
+    });
 }

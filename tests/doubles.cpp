@@ -1,48 +1,29 @@
 #include "doubles.h"
 
 #include "platform/param_store.h"
+#include "platform/viewer_relay.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstring>
 #include <dlfcn.h>
-#include <fcntl.h>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+#include <sys/file.h>
 #include <sys/msg.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace doubles
 {
 
-std::vector<std::string> calls;
-std::function<void()> before_call;
-std::map<std::string, std::string> store;
-std::set<std::string> refused;
-std::map<std::string, std::string> answers;
-int popen_error;
-bool run_commands;
-std::map<std::string, int> statuses;
-unsigned sleep_left;
-time_t clock_now;
-std::map<std::string, int> failing;
-void *failed_address;
-std::function<void()> on_sleep;
-std::vector<viewer_relay_msg> relayed;
-int relay_result;
-
-namespace
-{
-
-struct Pipe {
-    std::string line;
-    pid_t child; // 0 when the line was not run
-};
-std::map<FILE *, Pipe> pipes;
-
-} // namespace
+static std::map<FILE *, std::string> pipes; // that are open, and their lines
+static std::map<int, key_t> semaphores;     // by their ids
+static key_t queue;                         // that was asked for last; nothing lies on it
+static bool in_row;
 
 static void record(const std::string &call)
 {
@@ -51,131 +32,168 @@ static void record(const std::string &call)
     calls.push_back(call);
 }
 
-std::vector<std::string> recorded(const std::string &word)
+// A text in one line, with what cannot be seen.
+static std::string visible(const std::string &text)
 {
-    std::vector<std::string> found;
-    for (const std::string &call : calls)
-        if (call.compare(0, word.size() + 1, word + " ") == 0)
-            found.push_back(call.substr(word.size() + 1));
-    return found;
+    std::string line;
+    for (const char c : text)
+        line += c == '\n' ? "\\n" : c == '\0' ? "\\0" : std::string(1, c);
+    return line;
 }
 
-// A message as it lies on the queue, on either width of `long`.
-struct Message {
+Calls put(const std::string &driver, const std::string &value)
+{
+    const Calls written = value.empty() ? Calls() : Calls{"write " + value};
+    return Calls{"fopen /proc/" + driver} + written + Calls{"fclose"};
+}
+
+// A message as msgsnd is given it, on either width of `long`.
+static std::string described(const void *message, size_t size)
+{
     long type;
-    char body[292];
-};
-
-static int32_t number_at(const char *bytes)
-{
-    int32_t number;
-    memcpy(&number, bytes, sizeof number);
-    return number;
-}
-
-static std::string described(const Message &message)
-{
-    const std::string body(message.body, sizeof message.body);
-    std::string text = std::to_string(message.type) + " " + std::to_string(number_at(message.body));
-    const int32_t value = number_at(message.body + 268);
-    if (value != 0)
-        text += " value=" + std::to_string(value);
-    const std::string param = body.substr(4, 256);
-    if (param.find_last_not_of('\0') != std::string::npos)
-        text += " param=" + param.substr(0, param.find_last_not_of('\0') + 1);
-    if ((body.substr(260, 8) + body.substr(272)).find_first_not_of('\0') != std::string::npos)
-        text += " reserved";
-    return text;
-}
-
-constexpr key_t DAEMON_QUEUE = 5678;
-
-std::vector<std::string> posted()
-{
-    std::vector<std::string> found;
-    const int queue = msgget(DAEMON_QUEUE, 0);
-    Message message{};
-    for (;;) {
-        const ssize_t length = msgrcv(queue, &message, sizeof message.body, 0, IPC_NOWAIT);
-        if (length < 0)
-            return found;
-        EXPECT_EQ(length, 292);
-        found.push_back(described(message));
+    memcpy(&type, message, sizeof type);
+    const std::string body(static_cast<const char *>(message) + sizeof type, size);
+    const auto number = [&](size_t at) {
+        int32_t value;
+        memcpy(&value, &body[at], sizeof value);
+        return value;
+    };
+    const auto trimmed = [](const std::string &text) {
+        return text.substr(0, text.find_last_not_of('\0') + 1);
+    };
+    if (queue == 5678 && size == 292) { // the daemons'
+        const std::string param = trimmed(body.substr(4, 256));
+        const std::string reserved = trimmed(body.substr(260, 8) + body.substr(272));
+        return words(type, number(0)) + (number(268) ? " value=" + word(number(268)) : "") +
+               (param.empty() ? "" : " param=" + param) + (reserved.empty() ? "" : " reserved");
     }
+    std::ostringstream text;
+    text << std::hex << queue << " " << std::dec << type << " ";
+    if (size == 4) // a time
+        text << static_cast<uint32_t>(number(0));
+    else if (size == 272 && number(0) == 11 && body.find_first_not_of('\0', 4) >= 12)
+        text << "account " << trimmed(body).erase(0, 12);
+    else
+        text << size << " bytes";
+    return text.str();
 }
 
-void fill_queue()
+// One stream as rows have it: a mark before each line, reports of `function`
+// without their head.
+static std::string told(const std::string &text, const std::string &function, const char *mark)
 {
-    const int queue = msgget(DAEMON_QUEUE, IPC_CREAT | 0666);
-    const Message message = {99, {}};
-    while (msgsnd(queue, &message, sizeof message.body, IPC_NOWAIT) == 0) {
+    std::string lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines += (lines.empty() ? "" : "\n") + std::string(mark);
+        const std::regex own("^\\[(cfg_set )?" + function + " #\\] ");
+        lines += line[0] == '[' ? std::regex_replace(line, own, "$1") : "| " + line;
     }
+    return lines + (text.empty() || text.back() == '\n' ? "" : "<no line end>");
 }
 
-void expect_keys_read(const std::vector<Restorer> &restorers)
-{
-    for (const Restorer &restorer : restorers) {
-        store.erase(restorer.key);
-        calls.clear();
-        const Outcome outcome = observe(restorer.restore);
-        EXPECT_EQ(outcome.result, -1);
-        EXPECT_EQ(outcome.out, "[cfg_restore" + restorer.name + " #] param_get fail\n");
-        EXPECT_THAT(calls, testing::ElementsAre("get " + restorer.key + " 256"));
-    }
-}
+using Files = std::map<std::string, std::string>;
 
-std::vector<std::string> close_pipes()
+// The files as they were, and nothing else that a row has given.
+static void reset(const Files &kept, const Row &row)
 {
-    std::vector<std::string> lines;
-    while (!pipes.empty()) {
-        lines.push_back(pipes.begin()->second.line);
-        pclose(pipes.begin()->first);
-    }
-    return lines;
-}
-
-void LibraryTest::SetUp()
-{
-    CameraTest::SetUp();
-    posted();
-    calls.clear();
-    before_call = nullptr;
+    for (const auto &[name, value] : row.given)
+        if (name[0] == '/' && name.back() == '/')
+            std::filesystem::remove_all(name);
+    for (const auto &[path, text] : files())
+        if (kept.count(path) == 0)
+            remove(path.c_str());
+    for (const auto &[path, text] : kept)
+        if (read_file(path) != text)
+            write_file(path, text);
     store.clear();
-    refused.clear();
     answers.clear();
-    popen_error = 0;
-    run_commands = false;
     statuses.clear();
-    sleep_left = 0;
-    clock_now = 0;
-    failing.clear();
-    failed_address = nullptr;
-    on_sleep = nullptr;
-    relayed.clear();
-    relay_result = 0;
 }
 
-// A shell with `line`; its standard output goes to `output` when there is one.
-static pid_t start_shell(const char *line, int output)
+static void give(const std::string &name, const std::string &value)
 {
-    const pid_t child = fork();
-    if (child == 0) {
-        if (output >= 0)
-            dup2(output, STDOUT_FILENO);
-        execl("/bin/sh", "sh", "-c", line, nullptr);
-        _exit(127);
+    if (name[0] == '/' && name.back() == '/')
+        std::filesystem::create_directories(name);
+    else if (name[0] == '/')
+        write_file(name, value);
+    else if (name[0] == '$')
+        answers[name.substr(2)] = value;
+    else if (name[0] == '=')
+        statuses[name.substr(2)] = std::stoi(value);
+    else
+        store[name] = value;
+}
+
+static void check_row(const Row &row)
+{
+    for (const auto &[name, value] : row.given)
+        give(name, value);
+    refused = row.refused;
+    calls.clear();
+    const Files before = files();
+
+    std::string result;
+    in_row = true;
+    const Outcome outcome = observe([&] {
+        result = row.call.run();
+        return 0;
+    });
+    in_row = false;
+
+    Calls made, reads;
+    for (const std::string &call : calls)
+        call.rfind("get ", 0) == 0 ? reads.push_back(call.substr(4)) : made.push_back(call);
+    for (; !pipes.empty(); pclose(pipes.begin()->first))
+        made.push_back("left open " + pipes.begin()->second);
+    const Files after = files();
+    for (const auto &[path, text] : after)
+        if (before.count(path) == 0 || before.at(path) != text)
+            made.push_back("wrote " + path + " " + visible(text));
+    for (const auto &[path, text] : before)
+        if (after.count(path) == 0)
+            made.push_back("removed " + path);
+
+    const std::string &text = row.call.text;
+    const std::string function =
+        row.call.function.empty() ? text.substr(0, text.find('(')) : row.call.function;
+    const std::string out = told(outcome.out, function, "");
+    const std::string err = told(outcome.err, function, "! ");
+    EXPECT_EQ(result, row.result.text);
+    EXPECT_EQ(made, row.calls);
+    EXPECT_EQ(out + (out.empty() || err.empty() ? "" : "\n") + err, row.printed);
+    EXPECT_TRUE(row.reads.empty() || row.reads == reads) << testing::PrintToString(reads);
+}
+
+void check(const std::vector<Row> &rows)
+{
+    const Files kept = files();
+    for (const Row &row : rows) {
+        for (refusal = -1; refusal <= 1; refusal += 2) {
+            const testing::ScopedTrace trace("row", row.call.line, row.call.text);
+            check_row(row);
+            reset(kept, row);
+        }
     }
-    return child;
+    refusal = -1;
+    refused.clear();
 }
 
 // Whether the call fails, with errno set.
-static bool fails(const char *call)
+static bool fails(const std::string &call)
 {
     const auto found = failing.find(call);
-    if (found == failing.end())
+    if (found == failing.end() && refused.count(call) == 0)
         return false;
-    errno = found->second;
+    errno = found == failing.end() ? ENOMEM : found->second;
     return true;
+}
+
+// Records the call, that may be made to fail as `name`.
+static int result_of(const std::string &call, const std::string &name)
+{
+    record(call);
+    return fails(name) ? -1 : 0;
 }
 
 // The C library's own function.
@@ -184,67 +202,47 @@ template <typename Function> static Function *real(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-static int wait_for(pid_t child)
+// The driver that is open: what it answers, and where.
+static std::string driver;
+static size_t position;
+
+static FILE *open_driver(const char *mode)
 {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
+    cookie_io_functions_t driven{};
+    driven.read = [](void *, char *buffer, size_t size) {
+        const size_t length = driver.copy(buffer, size, position);
+        position += length;
+        return static_cast<ssize_t>(length);
+    };
+    driven.write = [](void *, const char *bytes, size_t size) {
+        const std::string at = position == 0 ? "" : "at " + word(position) + " ";
+        record("write " + at + visible(std::string(bytes, size)));
+        position += size;
+        return static_cast<ssize_t>(size);
+    };
+    // NOLINTNEXTLINE(readability-non-const-parameter)
+    driven.seek = [](void *, off64_t *offset, int whence) {
+        position = static_cast<size_t>(*offset) + (whence == SEEK_CUR ? position : 0);
+        return 0;
+    };
+    driven.close = [](void *) { return result_of("fclose", "fclose"); };
+    return fopencookie(nullptr, mode, driven);
 }
 
 } // namespace doubles
 
 using namespace doubles;
 
+// clang-format off
 extern "C" {
 
-int system(const char *line)
-{
-    record(std::string("system ") + line);
-    return run_commands ? wait_for(start_shell(line, -1)) : statuses[line];
-}
-
-FILE *popen(const char *line, const char *mode)
-{
-    record(std::string("popen ") + line);
-    EXPECT_STREQ(mode, "r");
-    if (popen_error || refused.count(std::string("popen ") + line)) {
-        errno = popen_error ? popen_error : ENOMEM;
-        return nullptr;
-    }
-    const auto answer = answers.find(line);
-    if (answer != answers.end()) {
-        FILE *stream = fmemopen(answer->second.data(), answer->second.size(), mode);
-        pipes[stream] = {line, 0};
-        return stream;
-    }
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        return nullptr;
-    const pid_t child = start_shell(line, ends[1]);
-    close(ends[1]);
-    FILE *stream = fdopen(ends[0], "r");
-    pipes[stream] = {line, child};
-    return stream;
-}
-
-int pclose(FILE *stream)
-{
-    const pid_t child = pipes.at(stream).child;
-    pipes.erase(stream);
-    fclose(stream);
-    return child == 0 ? 0 : wait_for(child);
-}
-
-int kill(pid_t pid, int signal) noexcept
-{
-    record("kill " + std::to_string(pid) + " " + std::to_string(signal));
-    return 0;
-}
+int system(const char *line) { record(std::string("system ") + line); return statuses[line]; }
+int kill(pid_t pid, int signal) noexcept { record("kill " + words(pid, signal)); return 0; }
+int usleep(useconds_t microseconds) { record("usleep " + word(microseconds)); return 0; }
 
 unsigned sleep(unsigned seconds)
 {
-    record("sleep " + std::to_string(seconds));
+    record("sleep " + word(seconds));
     if (on_sleep)
         on_sleep();
     return sleep_left;
@@ -252,28 +250,64 @@ unsigned sleep(unsigned seconds)
 
 time_t time(time_t *result)
 {
+    if (record_time)
+        record("time");
     timespec clock{clock_now, 0};
     if (clock_now == 0)
         clock_gettime(CLOCK_REALTIME, &clock);
-    if (result)
-        *result = clock.tv_sec;
-    return clock.tv_sec;
+    return result ? *result = clock.tv_sec : clock.tv_sec;
 }
 
-int usleep(useconds_t microseconds)
+FILE *popen(const char *line, const char *mode)
 {
-    record("usleep " + std::to_string(microseconds));
-    return 0;
+    EXPECT_STREQ(mode, "r");
+    const std::string call = std::string("popen ") + line;
+    if (result_of(call, call) != 0)
+        return nullptr;
+    std::string &answer = answers.at(line);
+    FILE *stream = fmemopen(answer.data(), answer.size(), mode);
+    pipes[stream] = line;
+    return stream;
+}
+
+int pclose(FILE *stream) { EXPECT_EQ(pipes.erase(stream), 1U); return fclose(stream); }
+
+FILE *fopen(const char *path, const char *mode)
+{
+    if (!drivers || !in_row || std::string(path).rfind("/proc/", 0) != 0 || mode[0] != 'w' || std::filesystem::is_directory(path))
+        return real<FILE *(const char *, const char *)>("fopen")(path, mode);
+    record(std::string("fopen ") + path + " " + mode);
+    driver = read_file(path);
+    position = 0;
+    return open_driver(mode);
+}
+
+int flock(int file, int operation)
+{
+    record(operation == LOCK_SH ? "flock shared" : operation == LOCK_UN ? "flock none" : "flock other");
+    return fails("flock") ? -1 : real<decltype(flock)>("flock")(file, operation);
 }
 
 int msgget(key_t key, int flags)
 {
-    return fails("msgget") ? -1 : real<decltype(msgget)>("msgget")(key, flags);
+    queue = key;
+    if (flags != (IPC_CREAT | 0666))
+        record("msgget with other flags");
+    return fails("msgget") ? -1 : 0;
+}
+
+int msgsnd(int, const void *message, size_t size, int flags)
+{
+    return result_of("post " + described(message, size) + (flags == IPC_NOWAIT ? "" : " waits"), "msgsnd");
 }
 
 int semget(key_t key, int count, int flags)
 {
-    return fails("semget") ? -1 : real<decltype(semget)>("semget")(key, count, flags);
+    if (count != 1 || (flags != 0 && flags != (IPC_CREAT | 0666)))
+        record("semget with other flags");
+    const int id = fails("semget") ? -1 : real<decltype(semget)>("semget")(key, count, flags);
+    semaphores[id] = key;
+    return id;
 }
 
 int semctl(int id, int number, int command, ...)
@@ -282,46 +316,35 @@ int semctl(int id, int number, int command, ...)
     va_start(arguments, command);
     void *values = va_arg(arguments, void *);
     va_end(arguments);
-    if (command == SETALL && fails("SETALL"))
-        return -1;
-    return real<decltype(semctl)>("semctl")(id, number, command, values);
+    return command == SETALL && fails("SETALL") ? -1 : real<decltype(semctl)>("semctl")(id, number, command, values);
 }
 
 int semop(int id, sembuf *operations, size_t count)
 {
-    if (fails("semop") || (operations->sem_op > 0 && fails("unlock")))
-        return -1;
-    return real<decltype(semop)>("semop")(id, operations, count);
+    const bool unlocks = operations->sem_op > 0;
+    std::ostringstream text;
+    text << (unlocks ? "unlock " : "lock ") << std::hex << semaphores[id] << (operations->sem_flg == SEM_UNDO ? "" : " without undo");
+    record(text.str());
+    return fails("semop") || (unlocks && fails("unlock")) ? -1 : real<decltype(semop)>("semop")(id, operations, count);
 }
 
 int shmget(key_t key, size_t size, int flags)
 {
-    char text[64];
-    snprintf(text, sizeof text, "shmget %x %zu %o", static_cast<unsigned>(key), size,
-             static_cast<unsigned>(flags));
-    record(text);
-    return fails("shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
+    std::ostringstream text;
+    text << "shmget " << std::hex << key << " " << std::dec << size << " " << std::oct << flags;
+    return result_of(text.str(), "shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
 }
 
-void *shmat(int id, const void *address, int flags)
-{
-    return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags);
-}
-
-int shmdt(const void *address)
-{
-    return fails("shmdt") ? -1 : real<decltype(shmdt)>("shmdt")(address);
-}
+void *shmat(int id, const void *address, int flags) { return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags); }
+int shmdt(const void *address) { return fails("shmdt") ? -1 : real<decltype(shmdt)>("shmdt")(address); }
 
 int param_get(const char *key, char *buffer, unsigned size)
 {
-    record(std::string("get ") + key + " " + std::to_string(size));
+    record("get " + words(key, size));
     const auto found = store.find(key);
     if (refused.count(std::string("get ") + key) || found == store.end())
-        return -1;
-    const size_t length = std::min<size_t>(found->second.size(), size - 1);
-    memcpy(buffer, found->second.data(), length);
-    buffer[length] = '\0';
+        return refusal;
+    buffer[found->second.copy(buffer, size - 1)] = '\0';
     return 0;
 }
 
@@ -329,31 +352,26 @@ int param_set(const char *key, const char *text)
 {
     record(std::string("set ") + key + "=" + (text ? text : "(null)"));
     if (!text || refused.count(std::string("set ") + key))
-        return -1;
+        return refusal;
     store[key] = text;
     return 0;
-}
-
-int param_save()
-{
-    record("save");
-    return refused.count("save") ? -1 : 0;
 }
 
 int param_unset(const char *key)
 {
     record(std::string("unset ") + key);
     if (refused.count(std::string("unset ") + key))
-        return -1;
+        return refusal;
     store.erase(key);
     return 0;
 }
 
+int param_save() { record("save"); return refused.count("save") ? refusal : 0; }
+
 int msg2relay(const viewer_relay_msg *message)
 {
-    record("relay " + std::to_string(message->command) + " " + message->name);
-    relayed.push_back(*message);
-    return relay_result;
+    record("relay " + words(message->command, message->name, message->passcode, message->credential, message->once));
+    return refused.count("relay") ? refusal : 0;
 }
 
 } // extern "C"

@@ -1,86 +1,127 @@
-// Stand-ins for what the library calls. They record every call, in order, and
-// carry out what a test lets them.
+// Stand-ins for what the library calls, and cases as rows. The stand-ins record
+// every call, in order, and carry out what a test lets them.
 #pragma once
 
 #include "harness.h"
-#include "platform/viewer_relay.h"
 
 #include <ctime>
-#include <map>
 #include <set>
+#include <type_traits>
 
 namespace doubles
 {
 
+using Calls = std::vector<std::string>;
+inline Calls operator+(Calls first, const Calls &second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 // "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
-// "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME", "kill PID SIGNAL",
-// "shmget KEY SIZE FLAGS" (hexadecimal key, octal flags).
-extern std::vector<std::string> calls;
+// "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME PASSCODE CREDENTIAL ONCE", "kill PID
+// SIGNAL", "flock shared|none|other", "shmget KEY SIZE FLAGS" (hexadecimal key, octal flags),
+// "post TYPE COMMAND" to the daemons' queue, with " value=N" and " param=BYTES" (up to
+// their trailing zeros) when they are not zero and " reserved" when the reserved bytes are
+// not, or "post KEY TYPE BODY" to another (a time, "account TEXT", or "N bytes" of any other
+// form), "lock KEY" and "unlock KEY". What deviates from creating with 0666, from not
+// waiting and from an undo is told behind it.
+inline Calls calls;
 
 // Called before each of them is recorded.
-extern std::function<void()> before_call;
+inline std::function<void()> before_call;
 
-// The parameter store, and the operations that it refuses: "get KEY",
-// "set KEY", "unset KEY", "save", "popen LINE" (out of memory).
-extern std::map<std::string, std::string> store;
-extern std::set<std::string> refused;
+// The parameter store, what a row has refused in it, and what a refusal returns:
+// check() has every row see a negative and a positive one.
+inline std::map<std::string, std::string> store;
+inline std::set<std::string> refused;
+inline int refusal = -1;
 
-// What popen reads from a line that is not run; the others run for real.
-extern std::map<std::string, std::string> answers;
+// System V calls that fail, and their errno; those that a row refuses are out of
+// memory. shmat then gives this address.
+inline std::map<std::string, int> failing;
+inline void *failed_address;
 
-// The errno that popen fails with; 0 lets it run the command for real.
-extern int popen_error;
-
-// Whether system runs the line for real; else it only records it.
-extern bool run_commands;
-
-// What system returns for a line that it only records; 0 for all others.
-extern std::map<std::string, int> statuses;
+// What popen reads from a line, and what system returns for it; 0 for all others.
+inline std::map<std::string, std::string> answers;
+inline std::map<std::string, int> statuses;
 
 // What sleep returns, and what happens while it sleeps.
-extern unsigned sleep_left;
-extern std::function<void()> on_sleep;
+inline unsigned sleep_left;
+inline std::function<void()> on_sleep;
 
-// What time returns; 0 asks the real clock.
-extern time_t clock_now;
+// What time returns; 0 asks the real clock. And whether it is recorded too.
+inline time_t clock_now;
+inline bool record_time;
 
-// System V calls that fail, and their errno: "msgget", "semget", "SETALL" (a semctl),
-// "semop", "unlock" (a semop), "shmget", "shmat", "shmdt". shmat then gives this address.
-extern std::map<std::string, int> failing;
-extern void *failed_address;
+// Whether files of /proc that a row opens to write are drivers: "fopen PATH MODE",
+// "write BYTES" ("write at N BYTES" not at the start) once a write, "fclose" (which
+// `refused` makes fail). Opening keeps what such a file holds.
+inline bool drivers;
 
-// What the viewer relay was given, and what it returns.
-extern std::vector<viewer_relay_msg> relayed;
-extern int relay_result;
+// What the driver "NAME MODE" of /proc is given: one value, or none when it is empty.
+Calls put(const std::string &driver, const std::string &value);
 
-// Closes the pipes that are still open; their lines.
-std::vector<std::string> close_pipes();
-
-// The recorded calls that begin with `word`, without it.
-std::vector<std::string> recorded(const std::string &word);
-
-// Takes the messages off the daemons' queue: "TYPE COMMAND", then " value=N" and
-// " param=BYTES" (up to their trailing zeros) when they are not zero, and
-// " reserved" when the reserved bytes are not.
-std::vector<std::string> posted();
-
-// Fills the daemons' queue until nothing fits any more.
-void fill_queue();
-
-// Checks that each restorer reads its key first and, when that is absent,
-// reports so and does nothing. It is cfg_restoreNAME.
-struct Restorer {
-    std::string name;
-    std::string key;
-    int (*restore)();
+// A call of the library, as a row names it. CALL's reports are the called
+// function's own, CALL_AS's those of the named one.
+struct Call {
+    int line;
+    std::string function;
+    std::string text;
+    std::function<std::string()> run;
 };
-void expect_keys_read(const std::vector<Restorer> &restorers);
+#define CALL_AS(function, ...)                                                                     \
+    doubles::Call                                                                                  \
+    {                                                                                              \
+        __LINE__, #function, #__VA_ARGS__, [=] { return doubles::words(__VA_ARGS__); }             \
+    }
+#define CALL(...) CALL_AS(, __VA_ARGS__)
 
-// Begins with everything empty and nothing failing.
-class LibraryTest : public CameraTest
+// Numbers and texts with a blank between them: a result, and what a call has
+// put into the caller's variables.
+template <typename Value> std::string word(const Value &value)
 {
-  protected:
-    void SetUp() override;
+    if constexpr (std::is_integral_v<Value>)
+        return std::to_string(value);
+    else
+        return value;
+}
+template <typename First, typename... Rest>
+std::string words(const First &first, const Rest &...rest)
+{
+    return (word(first) + ... + (" " + word(rest)));
+}
+
+struct Result {
+    std::string text;
+    template <typename Value> Result(const Value &value) : text(word(value)) {}
 };
+
+// A case: what is there, what is refused, the call, and all that it may do.
+struct Row {
+    // "KEY" is a stored value, "/PATH" a file, "/PATH/" a folder, "$ LINE" what
+    // popen reads from a command, "= LINE" the wait status of one that system runs.
+    std::map<std::string, std::string> given;
+    // "get KEY", "set KEY", "unset KEY", "save", "relay", "popen LINE", or a System V call:
+    // "flock", "msgget", "msgsnd", "semget", "SETALL" (a semctl), "semop", "unlock" (a
+    // semop), "shmget", "shmat", "shmdt".
+    std::set<std::string> refused;
+    Call call;
+    Result result;
+    // In order, but for reading the store; then "left open LINE" of pipes, and
+    // files: "wrote PATH BYTES" or "removed PATH".
+    Calls calls;
+    // A line each, without the end. The function's own reports without their
+    // head, or "cfg_set TEXT" with the module's; others whole; those
+    // that are no reports behind "| "; "! " before what went to standard error.
+    std::string printed;
+    Calls reads = {}; // "KEY SIZE" as the store was read; not looked at when empty
+};
+
+// Makes each row's call, from the files that the test has made, and compares.
+void check(const std::vector<Row> &rows);
+
+// A test begins with everything empty and nothing failing: it is a process of its own.
+using LibraryTest = CameraTest;
 
 } // namespace doubles

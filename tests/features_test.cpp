@@ -3,142 +3,90 @@
 #include "cfg_set.h"
 #include "doubles.h"
 
+#include <tuple>
+
 using namespace doubles;
-using testing::ElementsAre;
 
-class FeaturesTest : public LibraryTest
+using FeaturesTest = LibraryTest;
+
+// What a getter puts into variables of 99.
+template <typename... Pointer> static std::string got(int (*get)(Pointer...))
 {
-};
+    std::tuple<std::remove_pointer_t<Pointer>...> numbers;
+    std::apply([](auto &...number) { ((number = 99), ...); }, numbers);
+    const int result = std::apply([=](auto &...number) { return get(&number...); }, numbers);
+    return std::apply([=](auto &...number) { return words(result, number...); }, numbers);
+}
 
+static std::string cloud()
+{
+    int on = 99, status = 99;
+    std::string folder = "was" + std::string(300, 'w');
+    const int result = nimbus_get_config(&on, folder.data(), &status);
+    return words(result, on, "[" + folder.substr(0, folder.find('\0')) + "]", status);
+}
+
+// clang-format off
 TEST_F(FeaturesTest, SettersStoreWhatTheirLimitsAllow)
 {
-    using Setter = std::function<int()>;
-    using Calls = std::vector<std::string>;
-    const std::vector<std::pair<Setter, Calls>> CASES = {
-        {[] { return nimbus_set_config(-5, "a b"); },
-         {"set nimbus_enable=-5", "set nimbus_folderid=a b"}},
-        {[] { return led_disable_set_config(1); },
-         {"set led_disable=1", "system killall -SIGUSR1 LEDCtrl"}},
-        {[] { return led_disable_set_config(2); },
-         {"set led_disable=0", "system killall -SIGUSR2 LEDCtrl"}},
-        {[] { return alert_vclip_set_config(1, 4, 2); },
-         {"set alert_vclip=1", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
-        {[] { return alert_vclip_set_config(1, 720, 30); },
-         {"set alert_vclip=1", "set alert_vclip_duration=720", "set alert_vclip_prelude=30"}},
-        {[] { return alert_vclip_set_config(-1, 721, 31); },
-         {"set alert_vclip=0", "set alert_vclip_duration=7", "set alert_vclip_prelude=4"}},
-        {[] { return alert_vclip_set_config(2, 5, 3); },
-         {"set alert_vclip=0", "set alert_vclip_duration=5", "set alert_vclip_prelude=3"}},
-        {[] { return event_set_config(INT32_MIN, 99); },
-         {"set event_s3_setting=-2147483648", "set event_push_setting=99"}},
-        {[] { return media_server_set_config(1, -2, 3); },
-         {"set media_server_enable=1", "set media_server_auth=-2",
-          "set kurento_max_video_level=3"}}};
-    for (const auto &[setter, expected] : CASES) {
-        calls.clear();
-        refused.clear();
-        EXPECT_EQ(observe(setter).out, "");
-        EXPECT_EQ(calls, expected);
-        // A store that refuses everything changes the reports alone.
-        const size_t stores = recorded("set").size();
-        for (const std::string &call : calls)
-            refused.insert(call.substr(0, call.find('=')));
-        calls.clear();
-        const Outcome set = observe(setter);
-        EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(calls, expected);
-        EXPECT_THAT(set.out,
-                    testing::MatchesRegex("(\\[[a-z_]+_set_config #\\] param_set fail\n){" +
-                                          std::to_string(stores) + "}"));
-    }
+    const std::string fail = "param_set fail", three = fail + "\n" + fail + "\n" + fail;
+    const Calls off = {"set led_disable=1", "system killall -SIGUSR1 LEDCtrl"};
+    const Calls on = {"set led_disable=0", "system killall -SIGUSR2 LEDCtrl"};
+    using Text = const std::string &;
+    const auto clips = [](Text enable, Text duration, Text prelude) { return Calls{"set alert_vclip=" + enable, "set alert_vclip_duration=" + duration, "set alert_vclip_prelude=" + prelude}; };
+    const Calls server = {"set media_server_enable=1", "set media_server_auth=-2", "set kurento_max_video_level=3"};
+    check({
+        // given, refused                              call                                result calls printed
+        {{}, {},                                       CALL(nimbus_set_config(-5, "a b")),      0, {"set nimbus_enable=-5", "set nimbus_folderid=a b"}, ""},
+        {{}, {"set nimbus_enable", "set nimbus_folderid"}, CALL(nimbus_set_config(0, "")),      0, {"set nimbus_enable=0", "set nimbus_folderid="}, fail + "\n" + fail},
+        {{}, {},                                       CALL(led_disable_set_config(1)),         0, off, ""},
+        {{}, {"set led_disable"},                      CALL(led_disable_set_config(1)),         0, off, fail},
+        {{}, {},                                       CALL(led_disable_set_config(0)),         0, on, ""},
+        {{}, {"set led_disable"},                      CALL(led_disable_set_config(2)),         0, on, fail},
+        {{}, {},                                       CALL(led_disable_set_config(-1)),        0, on, ""},
+        {{}, {},                                       CALL(alert_vclip_set_config(1, 4, 2)),   0, clips("1", "7", "4"), ""},
+        {{}, {},                                       CALL(alert_vclip_set_config(1, 720, 30)), 0, clips("1", "720", "30"), ""},
+        {{}, {},                                       CALL(alert_vclip_set_config(-1, 721, 31)), 0, clips("0", "7", "4"), ""},
+        {{}, {},                                       CALL(alert_vclip_set_config(0, -5, -3)), 0, clips("0", "7", "4"), ""},
+        {{}, {"set alert_vclip", "set alert_vclip_duration", "set alert_vclip_prelude"}, CALL(alert_vclip_set_config(2, 5, 3)), 0, clips("0", "5", "3"), three},
+        {{}, {},                                       CALL(event_set_config(INT32_MIN, 99)),   0, {"set event_s3_setting=-2147483648", "set event_push_setting=99"}, ""},
+        {{}, {"set event_s3_setting", "set event_push_setting"}, CALL(event_set_config(-5, INT32_MAX)), 0, {"set event_s3_setting=-5", "set event_push_setting=2147483647"}, fail + "\n" + fail},
+        {{}, {},                                       CALL(media_server_set_config(1, -2, 3)), 0, server, ""},
+        {{}, {"set media_server_enable", "set media_server_auth", "set kurento_max_video_level"}, CALL(media_server_set_config(1, -2, 3)), 0, server, three},
+    });
 }
 
 TEST_F(FeaturesTest, GettersKeepToDefaultsAndLimits)
 {
-    using Numbers = std::vector<int>;
-    struct Getter {
-        std::vector<std::string> keys;
-        std::string size;
-        std::function<void(Numbers &)> get;
-        Numbers unread; // of 99 before
-        std::vector<std::pair<std::string, Numbers>> read;
+    const std::string fail = "param_get fail", three = fail + "\n" + fail + "\n" + fail;
+    std::vector<Row> rows = {
+        {{}, {},                           CALL_AS(led_disable_get_config, got(led_disable_get_config)),   "0 0", {}, fail, {"led_disable 256"}},
+        {{}, {},                           CALL_AS(alert_vclip_get_config, got(alert_vclip_get_config)),  "0 0 7 99", {}, three, {"alert_vclip 256", "alert_vclip_duration 256", "alert_vclip_prelude 256"}},
+        {{}, {},                           CALL_AS(event_get_config, got(event_get_config)),      "0 0 0", {}, fail + "\n" + fail, {"event_s3_setting 16", "event_push_setting 16"}},
+        {{{"event_s3_setting", "-5"}, {"event_push_setting", "2147483648"}}, {}, CALL_AS(event_get_config, got(event_get_config)), "0 -5 2147483647", {}, ""},
+        {{{"event_push_setting", "x"}}, {}, CALL_AS(event_get_config, got(event_get_config)),     "0 0 0", {}, fail},
+        {{}, {},                           CALL_AS(media_server_get_config, got(media_server_get_config)), "0 0 0 0", {}, three, {"media_server_enable 256", "media_server_auth 256", "kurento_max_video_level 256"}},
+        {{{"media_server_enable", "7"}, {"media_server_auth", "-8"}, {"kurento_max_video_level", "9x"}}, {}, CALL_AS(media_server_get_config, got(media_server_get_config)), "0 7 -8 9", {}, ""},
     };
-    const std::vector<Getter> GETTERS = {
-        {{"led_disable"},
-         "256",
-         [](Numbers &n) { led_disable_get_config(&n[0]); },
-         {0},
-         {{"1", {1}}, {"2", {0}}, {"-1", {0}}, {"", {0}}}},
-        {{"alert_vclip", "alert_vclip_duration", "alert_vclip_prelude"},
-         "256",
-         [](Numbers &n) { alert_vclip_get_config(&n[0], &n[1], &n[2]); },
-         {0, 7, 99},
-         {{"1", {1, 7, 4}},
-          {"5", {0, 5, 5}},
-          {"4", {0, 7, 4}},
-          {"30", {0, 30, 30}},
-          {"31", {0, 31, 4}},
-          {"720", {0, 720, 4}},
-          {"721", {0, 7, 4}},
-          {"-1", {0, 7, 4}},
-          {"4294967301", {0, 7, 4}}}},
-        {{"event_s3_setting", "event_push_setting"},
-         "16",
-         [](Numbers &n) { event_get_config(&n[0], &n[1]); },
-         {0, 0},
-         {{"-5", {-5, -5}}, {"x", {0, 0}}}},
-        {{"media_server_enable", "media_server_auth", "kurento_max_video_level"},
-         "256",
-         [](Numbers &n) { media_server_get_config(&n[0], &n[1], &n[2]); },
-         {0, 0, 0},
-         {{"7", {7, 7, 7}}}}};
-    for (const Getter &getter : GETTERS) {
-        Numbers numbers(getter.keys.size(), 99);
-        store.clear();
-        calls.clear();
-        const std::string out = observe([&] { return getter.get(numbers), 0; }).out;
-        EXPECT_EQ(numbers, getter.unread);
-        EXPECT_THAT(out, testing::MatchesRegex("(\\[[a-z_]+_get_config #\\] param_get fail\n){" +
-                                               std::to_string(getter.keys.size()) + "}"));
-        for (size_t i = 0; i < getter.keys.size(); i++)
-            EXPECT_EQ(calls.at(i), "get " + getter.keys[i] + " " + getter.size);
-        for (const auto &[text, expected] : getter.read) {
-            for (const std::string &key : getter.keys)
-                store[key] = text;
-            getter.get(numbers);
-            EXPECT_EQ(numbers, expected) << getter.keys[0] << " " << text;
-        }
-    }
+    for (const auto &[text, off] : std::map<const char *, const char *>{{"1", "0 1"}, {"0", "0 0"}, {"2", "0 0"}, {"-1", "0 0"}, {"", "0 0"}, {"1x", "0 1"}})
+        rows.push_back({{{"led_disable", text}}, {}, CALL_AS(led_disable_get_config, got(led_disable_get_config)), off, {}, ""});
+    for (const auto &[text, numbers] : std::map<const char *, const char *>{
+             {"1", "0 1 7 4"}, {"2", "0 0 7 4"}, {"3", "0 0 7 3"}, {"4", "0 0 7 4"}, {"5", "0 0 5 5"}, {"30", "0 0 30 30"}, {"31", "0 0 31 4"},
+             {"720", "0 0 720 4"}, {"721", "0 0 7 4"}, {"-1", "0 0 7 4"}, {"4294967301", "0 0 7 4"}, {"", "0 0 7 4"}})
+        rows.push_back({{{"alert_vclip", text}, {"alert_vclip_duration", text}, {"alert_vclip_prelude", text}}, {}, CALL_AS(alert_vclip_get_config, got(alert_vclip_get_config)), numbers, {}, ""});
+    check(rows);
 }
 
 TEST_F(FeaturesTest, CloudFolderIsReadWithItsStatusFile)
 {
-    const auto get = [] {
-        int enable = 99;
-        int status = 99;
-        char folder[256] = "was";
-        const Outcome outcome =
-            observe([&] { return nimbus_get_config(&enable, folder, &status); });
-        return std::to_string(enable) + " [" + folder + "] " + std::to_string(status) + outcome.out;
-    };
-    EXPECT_EQ(get(), "0 [] 0");
-    EXPECT_THAT(calls, ElementsAre("get nimbus_enable 16", "get nimbus_folderid 256"));
-    store["nimbus_folderid"] = std::string(300, 'f');
-    EXPECT_EQ(get(), "0 [" + std::string(255, 'f') + "] 0");
-    store["nimbus_folderid"] = "f";
-    for (const auto &[text, enable] :
-         std::map<std::string, std::string>{{"1", "1"}, {"01", "0"}, {"2", "0"}, {"1 ", "0"}}) {
-        store["nimbus_enable"] = text;
-        EXPECT_EQ(get(), enable + " [f] 0") << text;
-    }
-    store.erase("nimbus_enable");
-    for (const auto &[text, status] :
-         std::map<std::string, std::string>{{"3\r\n4", "3"},
-                                            {"", "0"},
-                                            {"\n5", "0"},
-                                            {"x", "0"},
-                                            {std::string(31, '0') + "123", "1"}}) {
-        write_file("/tmp/.gdustatus", text);
-        EXPECT_EQ(get(), "0 [f] " + status) << text;
-    }
+    const std::string file = "/tmp/.gdustatus";
+    const auto row = [](const std::string &name, const std::string &text, const std::string &read) { return Row{{{name, text}}, {}, CALL(cloud()), "0 " + read, {}, ""}; };
+    check({
+        {{}, {}, CALL(cloud()), "0 0 [] 0", {}, "", {"nimbus_enable 16", "nimbus_folderid 256"}},
+        row("nimbus_folderid", "a" + std::string(300, ' '), "0 [a" + std::string(254, ' ') + "] 0"),
+        row("nimbus_enable", "1", "1 [] 0"), row("nimbus_enable", "01", "0 [] 0"), row("nimbus_enable", "2", "0 [] 0"), row("nimbus_enable", "1 ", "0 [] 0"),
+        row(file, "3\r\n4", "0 [] 3"), row(file, "", "0 [] 0"), row(file, "\n5", "0 [] 0"), row(file, "\r5", "0 [] 0"), row(file, "-7x", "0 [] -7"),
+        row(file, std::string(31, '0') + "123", "0 [] 1"), row(file + "/", "", "0 [] 0"), // 32 bytes count
+    });
 }
+// clang-format on

@@ -1,137 +1,94 @@
-// The frame: stored numbers, bounded text, and the small utilities.
+// The frame: stored numbers, bounded text, and the small utilities. What every
+// setting's test sees of it is not repeated here.
 
 #include "doubles.h"
 #include "settings/frame.h"
 
+using namespace cfg_set;
 using namespace doubles;
+using FrameTest = LibraryTest;
 
-class FrameTest : public LibraryTest
-{
-};
+// clang-format off
 
 TEST_F(FrameTest, NumbersAreTheSameOnBothWordWidths)
 {
-    EXPECT_EQ(to_number("27", 10), 27U);
-    EXPECT_EQ(to_number(" 1x", 10), 1U);
-    EXPECT_EQ(to_number("abc", 10), 0U);
-    EXPECT_EQ(to_number("", 10), 0U);
-    EXPECT_EQ(to_number("-1", 10), UINT32_MAX);
-    EXPECT_EQ(to_number("4294967295", 10), UINT32_MAX);
-    // Wider than 32 bits must not come back as a small, valid number.
-    EXPECT_EQ(to_number("4294967297", 10), UINT32_MAX);
-    EXPECT_EQ(to_number("99999999999999999999999", 10), UINT32_MAX);
-    EXPECT_EQ(to_number("0x56ca", 16), 0x56CAU);
-    EXPECT_EQ(to_number("280 rev b", 16), 0x280U);
+    for (const auto &[text, number] : std::map<std::string, uint32_t>{
+             {"27", 27}, {" 1x", 1}, {"010", 10}, {"abc", 0}, {"", 0}, {"0x10", 0}, {"-1", UINT32_MAX}, {" \t\n\v\f\r-2", UINT32_MAX - 1},
+             {"-4294967295", 1}, {"-4294967296", UINT32_MAX}, {"-99999999999999999999", UINT32_MAX}, {"2147483648", 2147483648},
+             {"4294967294", UINT32_MAX - 1}, {"4294967297", UINT32_MAX}, {"99999999999999999999999", UINT32_MAX}})
+        EXPECT_EQ(to_number(text.c_str(), 10), number) << text;
+    EXPECT_EQ(to_number("0x56ca rev b", 16), 0x56CAU);
+    for (const auto &[text, number] : std::map<std::string, int>{
+             {"-12x", -12}, {"x", 0}, {"010", 10}, {"2147483648", INT32_MAX}, {"4294967297", INT32_MAX}, {"2147483647", INT32_MAX},
+             {"-2147483648", INT32_MIN}, {"-2147483649", INT32_MIN}, {"-99999999999999999999999", INT32_MIN}})
+        EXPECT_EQ(to_int(text.c_str()), number) << text;
+    int number;
+    EXPECT_STREQ(scan_number("}{ 99999999999x", "}{", &number), "x");
+    EXPECT_EQ(scan_number("{x", "{", &number), nullptr);
+    EXPECT_EQ(number, INT32_MAX) << "kept";
 }
 
-TEST_F(FrameTest, IntegersAreTheSameOnBothWordWidths)
+static std::string got(const char *command)
 {
-    EXPECT_EQ(to_int("-12x"), -12);
-    EXPECT_EQ(to_int("x"), 0);
-    EXPECT_EQ(to_int("4294967297"), INT32_MAX);
-    EXPECT_EQ(to_int("-99999999999999999999999"), INT32_MIN);
+    char line[5] = "kept";
+    const bool any = command_line(command, line, sizeof line);
+    return words(any, line);
 }
 
-TEST_F(FrameTest, RefusalsOfTheStoreAreReportedForTheCaller)
+static size_t written(size_t size)
 {
-    char text[4] = "was";
-    refused = {"set key"};
-    const Outcome fail = observe([&] {
-        return stored_text("key", text, sizeof text, "caller", 7) ||
-               put_setting("key", "value", "caller", 8);
+    FILE *file = open_unbuffered("/proc/value", "w");
+    const size_t count = file ? fwrite(std::string(size, 'x').c_str(), 1, size, file) : 0;
+    param_save(); // is told after the write
+    return file ? count + static_cast<size_t>(fclose(file)) : count;
+}
+
+TEST_F(FrameTest, CommandsAndFiles)
+{
+    drivers = true;
+    check({
+        {{{"$ a", "abcde"}}, {}, CALL(got("a")), "1 abcd", {"popen a"}, ""},
+        {{{"$ a", ""}}, {}, CALL(got("a")), "0 kept", {"popen a"}, ""},
+        {{{"/tmp/value", "longer"}}, {}, CALL(put_file("/tmp/value", "2", 2)), 1, {"wrote /tmp/value 2\\0"}, ""},
+        {{}, {}, CALL(put_file("/tmp", "2", 2)), 0, {}, ""},
+        {{}, {}, CALL(written(5000)), 5000, {"fopen /proc/value w", "write " + std::string(5000, 'x'), "save", "fclose"}, ""},
+        {{{"/proc/value/", ""}}, {}, CALL(written(1)), 0, {"save"}, ""},
+        {{}, {"set key"}, CALL_AS(caller, put_setting("key", "v", "caller", 7)), 0, {"set key=v"}, "param_set fail"},
+        {{}, {}, CALL_AS(caller, applied("setter", 1, "caller", 7)), -1, {}, "setter fail"},
+        {{{"/tmp/some", ""}}, {}, CALL(words(file_check(nullptr), file_check("/tmp/none"), file_check("/tmp/some"))), "0 0 1", {}, ""},
     });
-    EXPECT_EQ(fail.result, 0);
-    EXPECT_EQ(fail.out, "[caller #] param_get fail\n[caller #] param_set fail\n");
-    EXPECT_STREQ(text, "was");
-
-    refused.clear();
-    EXPECT_TRUE(put_setting("key", "value", "caller", 9));
-    EXPECT_TRUE(stored_text("key", text, sizeof text, "caller", 9));
-    EXPECT_STREQ(text, "val");
 }
 
-TEST_F(FrameTest, FormatTellsACutTextAndTerminatesIt)
+TEST_F(FrameTest, WordsOfACommandLineHoldNothingThatActsOnTheShell)
 {
-    char buffer[4] = "xxx";
-    EXPECT_TRUE(format(buffer, sizeof buffer, "%s", "abc"));
-    EXPECT_STREQ(buffer, "abc");
-    EXPECT_FALSE(format(buffer, sizeof buffer, "%s", "abcd"));
-    EXPECT_STREQ(buffer, "abc");
-}
-
-TEST_F(FrameTest, ToLowerTakesExactlyItsLength)
-{
-    char buffer[] = "AB\0CDh\xc4";
-    toLower(buffer, 0);
-    EXPECT_EQ(std::string(buffer, 7), std::string("AB\0CDh\xc4", 7));
-    toLower(buffer, 4);
-    EXPECT_EQ(std::string(buffer, 7), std::string("ab\0cDh\xc4", 7));
-    toLower(buffer, 7);
-    EXPECT_EQ(std::string(buffer, 7), std::string("ab\0cdh\xc4", 7));
-}
-
-TEST_F(FrameTest, LanguageFileIsCutAtItsFirstLineEnd)
-{
-    char buffer[10] = "kept";
-    EXPECT_EQ(get_from_lang_file(buffer, 7), -1);
-    EXPECT_STREQ(buffer, "kept");
-    for (const auto &[text, language] : std::map<std::string, std::string>{
-             {"en\r\n", "en"}, {"en\nde", "en"}, {"portuguese", "portugu"}, {"", ""}}) {
-        write_file("/mnt/sdcard/morvenix/lang", text);
-        memset(buffer, 0, sizeof buffer);
-        buffer[8] = '\n'; // past what it reads
-        EXPECT_EQ(get_from_lang_file(buffer, 7), 0);
-        EXPECT_EQ(buffer, language);
-        EXPECT_EQ(buffer[8], '\n');
+    for (int character = 1; character < 256; character++) {
+        const std::string text = {'a', static_cast<char>(character), 'z'};
+        const bool acts = character < ' ' || character == 0x7f || strchr(";&|<>()$`\\\"'", character);
+        EXPECT_EQ(harmless(text.c_str(), SOUND_WORD), !acts) << character;
+        for (const Word kind : {ZONE_WORD, SERVER_WORD})
+            EXPECT_EQ(harmless(text.c_str(), kind), !acts && character != ' ') << character;
     }
+    EXPECT_TRUE(harmless("-a", SOUND_WORD) && harmless("-a", ZONE_WORD) && harmless("a-", SERVER_WORD) && !harmless("-a", SERVER_WORD));
 }
 
-TEST_F(FrameTest, FileCheckAsksForAReadableFile)
+TEST_F(FrameTest, TextsEndWhereTheirBuffersDo)
 {
-    EXPECT_EQ(file_check(nullptr), 0);
-    EXPECT_EQ(file_check("/tmp/none"), 0);
-    write_file("/tmp/some", "");
-    EXPECT_EQ(file_check("/tmp/some"), 1);
-    EXPECT_TRUE(calls.empty());
-}
-
-TEST_F(FrameTest, FirstLineOfACommand)
-{
-    char line[8] = "kept";
-    EXPECT_FALSE(command_line("true", line, sizeof line));
-    popen_error = 12;
-    EXPECT_FALSE(command_line("echo a", line, sizeof line));
-    EXPECT_STREQ(line, "kept");
-    popen_error = 0;
-    EXPECT_TRUE(command_line("echo a b; echo c", line, sizeof line));
-    EXPECT_STREQ(line, "a b\n");
-    EXPECT_TRUE(command_line("yes abcdefghij", line, sizeof line));
-    EXPECT_STREQ(line, "abcdefg");
-}
-
-TEST_F(FrameTest, LinesAndBlocksOfFilesFitTheirBuffers)
-{
-    char text[5] = "kept";
-    EXPECT_FALSE(file_line("/proc/none", text, sizeof text));
-    EXPECT_EQ(file_block("/proc/none", text, sizeof text), -1);
-    write_file("/proc/empty", "");
-    EXPECT_TRUE(file_line("/proc/empty", text, sizeof text));
-    EXPECT_STREQ(text, "kept");
-    EXPECT_EQ(file_block("/proc/empty", text, sizeof text), 0);
-    EXPECT_STREQ(text, "");
-
-    write_file("/proc/value", "1\n23456789");
-    EXPECT_TRUE(file_line("/proc/value", text, sizeof text));
-    EXPECT_STREQ(text, "1\n");
-    EXPECT_EQ(file_block("/proc/value", text, sizeof text), 4);
-    EXPECT_STREQ(text, "1\n23");
-    EXPECT_EQ(file_block("/proc", text, sizeof text), 0) << "a folder cannot be read";
-}
-
-TEST_F(FrameTest, PutFileReplacesWhatWasThere)
-{
-    write_file("/proc/value", "longer");
-    EXPECT_TRUE(put_file("/proc/value", "2", 2));
-    EXPECT_EQ(read_file("/proc/value"), std::string("2\0", 2));
-    EXPECT_FALSE(put_file("/proc", "2", 2));
+    char buffer[] = "AZ\0BCD";
+    toLower(buffer, 0);
+    EXPECT_STREQ(buffer, "AZ");
+    toLower(buffer, 4);
+    EXPECT_EQ(std::string(buffer, 6), std::string("az\0bCD", 6));
+    EXPECT_TRUE(format(buffer, 4, "%s", "abc") && !format(buffer, 4, "%s", "abcd"));
+    write_file("/mnt/sdcard/morvenix/other", "");
+    EXPECT_EQ(get_from_lang_file(buffer, 7), -1);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_EQ(file_block("/tmp", buffer, 4), 0) << "a folder can be opened, not read";
+    EXPECT_STREQ(buffer, "");
+    for (const auto &[text, language] : std::map<std::string, std::string>{
+             {"portuguese", "portugu\n"}, {"en\r\n", "en"}, {"e\nde", "e"}, {"", "kept"}}) {
+        char name[] = "kept\0\0\0\n"; // a line end past what it reads
+        write_file("/mnt/sdcard/morvenix/lang", text);
+        EXPECT_EQ(get_from_lang_file(name, 7), 0);
+        EXPECT_EQ(name, language);
+    }
 }

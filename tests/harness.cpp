@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -16,61 +17,48 @@ static std::string settled(const std::string &text)
     static const std::regex SANITIZER("==\\d+==WARNING: (reading executable name failed[^\n]*\n|"
                                       "ASan is ignoring requested[^\n]*\n[^\n]*\n[^\n]*\n)");
     static const std::regex REPORT(R"((^|\n)\[(cfg_set )?(\w+) [1-9]\d*\])");
-    static const std::regex BARE(R"((^|\n)(\w+)(:|\t)[1-9]\d* )");
+    static const std::regex BARE(R"((^|\n)(\w+)(?:([:\t])[1-9]\d*(?= )|(  )[1-9]\d*(?=\n\n)))");
     return std::regex_replace(
         std::regex_replace(std::regex_replace(text, SANITIZER, ""), REPORT, "$1[$2$3 #]"), BARE,
-        "$1$2$3# ");
+        "$1$2$3$4#");
 }
 
-namespace
+// Sends a descriptor to a file. What it was.
+static int redirect(int descriptor, const char *path)
 {
+    const int kept = dup(descriptor);
+    const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
+    dup2(file, descriptor);
+    close(file);
+    return kept;
+}
 
-// Sends a descriptor to a file while it lives.
-class Redirect
+static std::string restored(int descriptor, int kept, const char *path)
 {
-  public:
-    Redirect(int descriptor, const char *path) : descriptor_(descriptor), kept_(dup(descriptor))
-    {
-        const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
-        dup2(file, descriptor);
-        close(file);
-    }
-    ~Redirect()
-    {
-        dup2(kept_, descriptor_);
-        close(kept_);
-    }
-    Redirect(const Redirect &) = delete;
-    Redirect &operator=(const Redirect &) = delete;
-
-  private:
-    int descriptor_;
-    int kept_;
-};
-
-} // namespace
+    dup2(kept, descriptor);
+    close(kept);
+    return settled(read_file(path));
+}
 
 Outcome observe(const std::function<int()> &code)
 {
-    Outcome outcome;
     std::fflush(nullptr);
-    {
-        const Redirect out(STDOUT_FILENO, "/tmp/observed.out");
-        const Redirect err(STDERR_FILENO, "/tmp/observed.err");
-        outcome.result = code();
-        std::fflush(nullptr);
-    }
-    outcome.out = settled(read_file("/tmp/observed.out"));
-    outcome.err = settled(read_file("/tmp/observed.err"));
-    return outcome;
+    const int out = redirect(STDOUT_FILENO, "/tmp/observed.out");
+    const int err = redirect(STDERR_FILENO, "/tmp/observed.err");
+    const int result = code();
+    std::fflush(nullptr);
+    return {result, restored(STDOUT_FILENO, out, "/tmp/observed.out"),
+            restored(STDERR_FILENO, err, "/tmp/observed.err")};
 }
 
 int quietly(const std::function<int()> &code)
 {
     std::fflush(nullptr);
-    const Redirect out(STDOUT_FILENO, "/dev/null");
+    const int out = redirect(STDOUT_FILENO, "/dev/null");
     const int result = code();
     std::fflush(nullptr);
+    dup2(out, STDOUT_FILENO);
+    close(out);
     return result;
 }
 
@@ -97,27 +85,9 @@ Outcome run_program(std::vector<std::string> words)
     });
 }
 
-Outcome cfgctl(std::vector<std::string> words)
-{
-    words.insert(words.begin(), "cfgctl");
-    return run_program(words);
-}
-
-std::string commands()
-{
-    std::string found;
-    std::istringstream log(read_file("/var/log/camera.log"));
-    for (std::string line; std::getline(log, line);)
-        if (line.find(" run ") != std::string::npos)
-            found += line.substr(line.find(" run ") + 5) + "\n";
-    return found;
-}
-
 void write_file(const std::string &path, const std::string &text)
 {
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1))
-        mkdir(path.substr(0, slash).c_str(), 0755);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text;
     file.close();
@@ -129,6 +99,20 @@ std::string read_file(const std::string &path)
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
+}
+
+std::map<std::string, std::string> files()
+{
+    namespace fs = std::filesystem;
+    std::map<std::string, std::string> found;
+    for (const char *folder :
+         {"/etc", "/etc_ro", "/flash", "/localization", "/mnt", "/proc", "/tmp", "/var"}) {
+        std::error_code gone;
+        for (const auto &entry : fs::recursive_directory_iterator(folder, gone))
+            if (entry.is_regular_file() && entry.path().filename().string().find("observed.") != 0)
+                found[entry.path()] = read_file(entry.path());
+    }
+    return found;
 }
 
 void write_script(const std::string &path, const std::string &text)

@@ -5,6 +5,7 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,12 +26,10 @@ int quietly(const std::function<int()> &code);
 // Runs a program of this build ("cfgctl") or of the root ("/bin/sh").
 Outcome run_program(std::vector<std::string> words);
 
-// cfgctl with these words, and the commands that it ran: a line each.
-Outcome cfgctl(std::vector<std::string> words);
-std::string commands();
-
 void write_file(const std::string &path, const std::string &text);
 std::string read_file(const std::string &path);
+// The files that code in the root may write, with what is in them.
+std::map<std::string, std::string> files();
 // An executable /bin/sh script; tests put theirs in /tmp/bin, first on PATH.
 void write_script(const std::string &path, const std::string &text);
 

@@ -1,23 +1,16 @@
 // The Wi-Fi link: what is run, in which order, and under which lock.
 
-#include "cfg_set.h"
-#include "doubles.h"
-#include "events/lock.h"
 #include "network/link.h"
 
-#include <cerrno>
-#include <sched.h>
-#include <sys/sem.h>
+#include "cfg_set.h"
+#include "doubles.h"
+
 #include <sys/sysinfo.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+using namespace cfg_set;
 using namespace doubles;
-using testing::Each;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
 
-static long uptime; // negative: sysinfo fails
+static long uptime = 100; // negative: sysinfo fails
 
 extern "C" int sysinfo(struct sysinfo *info)
 {
@@ -25,192 +18,67 @@ extern "C" int sysinfo(struct sysinfo *info)
     return uptime < 0 ? -1 : 0;
 }
 
-using Lines = std::vector<std::string>;
+using LinkTest = LibraryTest;
+using Given = std::map<std::string, std::string>;
 
-constexpr key_t WIFI_LOCK = 3567;
-static const char *const PIDOF = "pidof hostapd 2>&1 > /dev/null";
-static const Lines STOP = {"system /etc_ro/udhcpc.kill wlan0", "system killall wpa_supplicant"};
-static const Lines RESET = {
-    "get apmode 32",
-    "system echo 1 > /proc/wifi_reset; sleep 2; /etc_ro/init.d/S30wifi restart; sleep 1;"};
-static const Lines STATION_ONLY = {"system killall hostapd udhcpd 2>&1 > /dev/null; ifconfig wlan1 "
-                                   "0.0.0.0;ifconfig wlan1 down;"};
-static const Lines ACCESS_POINT = {
-    std::string("system ") + PIDOF,
-    "system ifconfig wlan1 192.168.213.1; hostapd /etc/hostapd.conf -B; udhcpd /etc/udhcpd.conf;"};
-
-static Lines operator+(Lines first, const Lines &second)
+// clang-format off
+static std::string start_at(long seconds)
 {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+    uptime = seconds;
+    return words(cfg_startWiFi(), sys_uptime());
 }
+
+static const Calls STOP = {"system /etc_ro/udhcpc.kill wlan0", "system killall wpa_supplicant"};
+static const Calls DOWN = {"system /etc_ro/udhcpc.kill wlan0", "system wpa_cli -iwlan0 terminate > /dev/null 2>&1 "};
+static const Calls RADIO = {"system echo 1 > /proc/wifi_reset; sleep 2; /etc_ro/init.d/S30wifi restart; sleep 1;"};
+static const Calls ASKED = {"system pidof hostapd 2>&1 > /dev/null"};
+static const Calls ACCESS_POINT = ASKED + Calls{"system ifconfig wlan1 192.168.213.1; hostapd /etc/hostapd.conf -B; udhcpd /etc/udhcpd.conf;"};
+static const Calls NO_ACCESS_POINT = {"system killall hostapd udhcpd 2>&1 > /dev/null; ifconfig wlan1 0.0.0.0;ifconfig wlan1 down;"};
 
 // The whole start, around what it does about the access point.
-static Lines start(const Lines &access_point)
+static Calls start(const Calls &access_point)
 {
-    return Lines{"system rm -rf /tmp/wps", "system killall wpa_supplicant", "sleep 1",
-                 "system nice -n 0 wpa_supplicant -Dnl80211 -iwlan0 -c/etc/wpa_supplicant.conf -B",
-                 "get apmode 32"} +
-           access_point +
-           Lines{"system sleep 1", "get skype_loginname 128", "system nice -n 0 udhcpc -iwlan0 & ",
-                 "system nice -n 0 wpa_cli -i wlan0 -a /sbin/wpa_action.kx7 -B"};
+    return Calls{"system rm -rf /tmp/wps", "system killall wpa_supplicant", "sleep 1", "system nice -n 0 wpa_supplicant -Dnl80211 -iwlan0 -c/etc/wpa_supplicant.conf -B"} + access_point +
+           Calls{"system sleep 1", "system nice -n 0 udhcpc -iwlan0 & ", "system nice -n 0 wpa_cli -i wlan0 -a /sbin/wpa_action.kx7 -B"};
 }
 
-class LinkTest : public LibraryTest
-{
-  protected:
-    void SetUp() override
-    {
-        LibraryTest::SetUp();
-        uptime = 100;
-    }
-};
+static Calls locked(const Calls &acts) { return Calls{"lock def"} + acts + Calls{"unlock def"}; }
 
-// Runs `code` and expects nothing but `expected` of it, and no words.
-static void expect_run(int (*code)(), const Lines &expected)
+TEST_F(LinkTest, StartOffersTheAccessPointForTwentyMinutesFromBoot)
 {
-    calls.clear();
-    const Outcome outcome = observe(code);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.out + outcome.err, "");
-    EXPECT_THAT(calls, ElementsAreArray(expected));
+    const Calls station = start(NO_ACCESS_POINT), access_point = start(ACCESS_POINT), asked = start(ASKED);
+    const std::string pidof = "= pidof hostapd 2>&1 > /dev/null", already = "! | cfg_startWiFi:# hostapd alreay started.";
+    const auto row = [](const Given &given, long seconds, const Calls &made, const std::string &printed = "") {
+        return Row{given, {}, CALL_AS(cfg_startWiFi, start_at(seconds)), words(0, std::max(seconds, 0L)), made, printed, {"apmode 32", "skype_loginname 128"}}; };
+    const auto ends = [&](const char *status) { return Given{{"apmode", "1"}, {pidof, status}}; };
+    check({
+        row({}, 100, station), row({{"apmode", ""}}, 100, station), row({{"apmode", "0"}}, 100, station), row({{"apmode", "10"}}, 100, station), row({{"apmode", " 1"}}, 100, station),
+        {{{"apmode", "1"}}, {"get apmode"}, CALL_AS(cfg_startWiFi, start_at(0)), "0 0", station, ""},
+        row(ends("256"), -1, access_point), row(ends("256"), 1200, access_point), row(ends("256"), 1201, station), row(ends("65792"), 9, access_point), // bits above 15 do not count
+        row(ends("0"), 9, asked, already), row(ends("512"), 9, asked, already), row(ends("33024"), 9, asked, already), row(ends("1"), 9, asked, already), row(ends("-1"), 9, asked, already),
+    });
 }
 
-static int lock_query(int what)
+TEST_F(LinkTest, ResetAndRestartLeaveAccessPointsAndLiveStreamsAlone)
 {
-    return semctl(semget(WIFI_LOCK, 1, 0), 0, what);
+    const std::string live = "/proc/live_streaming", no_lock = "! | error getting semaphore.";
+    const auto is = [](const Given &given, int running) { return Row{given, {}, CALL(live_streaming()), running, {}, ""}; };
+    const Calls restart = STOP + RADIO + Calls{"sleep 5"} + start(NO_ACCESS_POINT);
+    check({
+        {{}, {},                    CALL(cfg_stopWiFi()),       0, STOP, ""},
+        {{}, {},                    CALL(cfg_resetWiFi()),      0, locked(DOWN + RADIO), "", {"apmode 32"}},
+        {{{"apmode", "10"}}, {},    CALL(cfg_resetWiFi()),      0, locked(DOWN + RADIO), ""},
+        {{{"apmode", "1"}}, {},     CALL(cfg_resetWiFi()),      0, locked(DOWN), ""},
+        {{}, {"semop"},             CALL(cfg_resetWiFi()),      0, Calls{"lock def"} + DOWN + RADIO, no_lock},
+        {{}, {},                    CALL(cfg_restartWiFi()),    0, locked(restart), "", {"apmode 32", "apmode 32", "skype_loginname 128"}},
+        {{{"apmode", "1"}, {"= pidof hostapd 2>&1 > /dev/null", "256"}}, {}, CALL(cfg_restartWiFi()), 0, locked(STOP + Calls{"sleep 5"} + start(ACCESS_POINT)), ""},
+        {{}, {"semop"},             CALL(cfg_restartWiFi()),    0, Calls{"lock def"} + restart, no_lock},
+        {{{live, "1"}}, {},         CALL(cfg_restartWiFi()),    0, locked({}), ""},
+        {{{live, "10 viewers\n"}}, {}, CALL(cfg_restartWiFi()), 0, locked({}), ""},
+        {{{live, "0"}}, {},         CALL(cfg_restartWiFi()),    0, locked(restart), ""},
+        is({{live, "1"}}, 1), is({{live, "01"}}, 0), is({{live, " 1"}}, 0), is({{live, "2"}}, 0), is({{live, ""}}, 0), is({{live + "/", ""}}, 0), is({}, 0),
+        {{}, {},                    CALL(cfg_restart_peerconn(0)), 0, {"system (sleep 0; killall -SIGUSR1 morvenix_watchdog;) &"}, ""},
+        {{}, {},                    CALL(cfg_restart_peerconn(INT32_MIN)), 0, {"system (sleep -2147483648; killall -SIGUSR1 morvenix_watchdog;) &"}, ""},
+    });
 }
-
-TEST_F(LinkTest, StationStartsAndStopsWithTheseCommands)
-{
-    expect_run(cfg_startWiFi, start(STATION_ONLY));
-    expect_run(cfg_stopWiFi, STOP);
-    for (const std::string mode : {"0", "", "10", " 1", "1\n"}) {
-        store["apmode"] = mode;
-        expect_run(cfg_startWiFi, start(STATION_ONLY));
-    }
-    EXPECT_EQ(semget(WIFI_LOCK, 1, 0), -1) << "start and stop take no lock";
-}
-
-TEST_F(LinkTest, AccessPointLastsTwentyMinutesFromBoot)
-{
-    store["apmode"] = "1";
-    statuses[PIDOF] = 1 << 8;
-    for (const long early : {-1L, 0L, 1200L}) {
-        uptime = early;
-        EXPECT_EQ(sys_uptime(), std::max(early, 0L));
-        expect_run(cfg_startWiFi, start(ACCESS_POINT));
-    }
-    uptime = 1201;
-    expect_run(cfg_startWiFi, start(STATION_ONLY));
-}
-
-TEST_F(LinkTest, AccessPointThatRunsOrCannotBeAskedForIsLeftAlone)
-{
-    store["apmode"] = "1";
-    for (const int status : {0, 2 << 8, 129 << 8, 1, -1}) {
-        statuses[PIDOF] = status;
-        calls.clear();
-        const Outcome outcome = observe(cfg_startWiFi);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.out, "");
-        EXPECT_EQ(outcome.err, "cfg_startWiFi:# hostapd alreay started.\n");
-        EXPECT_THAT(calls, ElementsAreArray(start({ACCESS_POINT[0]})));
-    }
-}
-
-TEST_F(LinkTest, ResetLeavesTheLinkDownAndTheAccessPointsRadioAlone)
-{
-    const Lines down = {STOP[0], "system wpa_cli -iwlan0 terminate > /dev/null 2>&1 "};
-    expect_run(cfg_resetWiFi, down + RESET);
-    store["apmode"] = "1";
-    expect_run(cfg_resetWiFi, down + Lines{RESET[0]});
-}
-
-TEST_F(LinkTest, RestartStopsResetsWaitsAndStarts)
-{
-    expect_run(cfg_restartWiFi, STOP + RESET + Lines{"sleep 5"} + start(STATION_ONLY));
-    store["apmode"] = "1";
-    statuses[PIDOF] = 1 << 8;
-    expect_run(cfg_restartWiFi, STOP + Lines{RESET[0], "sleep 5"} + start(ACCESS_POINT));
-}
-
-TEST_F(LinkTest, ALiveStreamIsNotInterrupted)
-{
-    for (const std::string text : {"1", "1\n", "10", "1 viewer"}) {
-        write_file("/proc/live_streaming", text);
-        expect_run(cfg_restartWiFi, {});
-    }
-    EXPECT_EQ(lock_query(GETVAL), 1) << "the lock was taken and given back";
-    for (const std::string text : {"", "0", " 1", "\n1", "01"}) {
-        write_file("/proc/live_streaming", text);
-        EXPECT_EQ(live_streaming(), 0) << text;
-    }
-    unlink("/proc/live_streaming");
-    EXPECT_EQ(live_streaming(), 0);
-}
-
-TEST_F(LinkTest, ResetAndRestartHoldTheLockThroughout)
-{
-    static std::vector<int> values;
-    before_call = [] { values.push_back(lock_query(GETVAL)); };
-    for (int (*code)() : {cfg_resetWiFi, cfg_restartWiFi}) {
-        values.clear();
-        observe(code);
-        EXPECT_THAT(values, testing::SizeIs(testing::Gt(2U)));
-        EXPECT_THAT(values, Each(0)) << "taken";
-        EXPECT_EQ(lock_query(GETVAL), 1) << "given back";
-    }
-}
-
-TEST_F(LinkTest, AnotherProcessWaitsForTheLock)
-{
-    const int lock = sem_get(WIFI_LOCK);
-    const pid_t other = fork();
-    if (other == 0) {
-        before_call = [] { write_file("/tmp/began", ""); };
-        cfg_resetWiFi();
-        _exit(0);
-    }
-    while (lock_query(GETNCNT) == 0)
-        sched_yield();
-    EXPECT_NE(access("/tmp/began", F_OK), 0);
-    sem_put(lock);
-    int status = -1;
-    EXPECT_EQ(waitpid(other, &status, 0), other);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(access("/tmp/began", F_OK), 0);
-}
-
-TEST_F(LinkTest, WithoutALockTheLinkIsResetAllTheSame)
-{
-    failing = {{"semop", EIDRM}};
-    for (int (*code)() : {cfg_resetWiFi, cfg_restartWiFi}) {
-        calls.clear();
-        const Outcome outcome = observe(code);
-        EXPECT_EQ(outcome.result, 0);
-        EXPECT_EQ(outcome.err, "error getting semaphore.\n");
-        EXPECT_THAT(calls, testing::Contains(STOP[0]));
-    }
-    EXPECT_EQ(lock_query(GETVAL), 1) << "nothing was given back that was not taken";
-}
-
-TEST_F(LinkTest, TheWatchdogIsToldInTheBackground)
-{
-    cfg_restart_peerconn(0);
-    cfg_restart_peerconn(INT32_MIN);
-    EXPECT_THAT(recorded("system"),
-                ElementsAre("(sleep 0; killall -SIGUSR1 morvenix_watchdog;) &",
-                            "(sleep -2147483648; killall -SIGUSR1 morvenix_watchdog;) &"));
-
-    // For real: the call is over while the shell still sleeps.
-    write_script("/tmp/bin/sleep", "until [ -e /tmp/awake ]; do /bin/sleep 0.01; done");
-    run_commands = true;
-    EXPECT_EQ(cfg_restart_peerconn(30), 0);
-    const std::string log = "/var/log/camera.log";
-    EXPECT_EQ(read_file(log), "");
-    write_file("/tmp/awake", "");
-    while (read_file(log).empty())
-        sched_yield();
-    EXPECT_THAT(read_file(log), testing::HasSubstr(" run killall -SIGUSR1 morvenix_watchdog\n"));
-}
+// clang-format on

@@ -3,37 +3,22 @@
 #include "cfg_set.h"
 #include "doubles.h"
 
-#include <cstring>
-
 using namespace doubles;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
-class SchedulesTest : public LibraryTest
+using SchedulesTest = LibraryTest;
+
+// clang-format off
+static std::string key(const std::string &list, int slot) { return list + (slot < 10 ? "0" : "") + std::to_string(slot); }
+
+// The calls of a setter that stores `values`, and its signal.
+static Calls stored(const std::string &list, const Calls &values, const std::string &signal)
 {
-};
-
-static const std::string NO_SET = "param_set fail\n";
-static const std::string NO_GET = "param_get fail\n";
-
-static std::string key(const std::string &list, int slot)
-{
-    return list + (slot < 10 ? "0" : "") + std::to_string(slot);
-}
-
-// The calls of a setter that stores `values`, up to one that is refused.
-static std::vector<std::string> storing(const std::string &list, int slots,
-                                        const std::vector<std::string> &values,
-                                        const std::string &signal)
-{
-    std::vector<std::string> expected;
-    for (int i = 0; i < slots; i++)
-        expected.push_back("unset " + key(list, i));
+    Calls made;
+    for (int i = 0; i < (list == "sched" ? 9 : 7); i++)
+        made.push_back("unset " + key(list, i));
     for (size_t i = 0; i < values.size(); i++)
-        expected.push_back("set " + key(list, static_cast<int>(i)) + "=" + values[i]);
-    expected.push_back("system " + signal);
-    return expected;
+        made.push_back("set " + key(list, static_cast<int>(i)) + "=" + values[i]);
+    return made + Calls{"system " + signal};
 }
 
 static alarm_clock_entry alarm_clock(const std::string &text)
@@ -43,181 +28,105 @@ static alarm_clock_entry alarm_clock(const std::string &text)
     return entry;
 }
 
+static std::string told(const sched_entry &e) { return words(int(e.enable), e.param1, e.param2, e.starttime, e.stoptime, e.days, e.repeat); }
+
+static std::string told(const alarm_clock_entry &e) { return words(int(e.enable), e.wday, e.starttime, std::string(e.text)); }
+
+// Checks an entry behind a good one and before a bad one, which is not looked at.
+template <typename Entry> static int checked(int (*check)(int, const Entry *), const Entry &good, const Entry &entry)
+{
+    Entry list[] = {good, entry, good};
+    list[2].enable = 9;
+    return check(2, list);
+}
+
+// The result, the count and the entries that were read over others.
+template <typename Entry> static std::string read_over(const Entry &was, int (*get)(int *, Entry *), int room)
+{
+    std::vector<Entry> list(101, was);
+    std::string text = words(get(&room, list.data()), room);
+    for (const Entry &entry : list)
+        text += told(entry) == told(was) ? "" : ": " + told(entry);
+    return text;
+}
+
+static const sched_entry GOOD = {1, -5, 99999, 1440, 0, 127, 1}, WAS = {90, 91, 92, 93, 94, 95, 96};
+static const alarm_clock_entry CLOCK_WAS = {90, 91, 92, "was"};
+
 TEST_F(SchedulesTest, ChecksNameTheFirstBadFieldOfTheFirstBadEntry)
 {
-    const auto minus = static_cast<uint32_t>(-1);
-    const sched_entry good = {1, -5, 99999, 1440, 0, 127, 1};
-    for (const auto &[bad, result, text] : std::vector<std::tuple<sched_entry, int, std::string>>{
-             {good, 0, ""},
-             {{2, 0, 0, 1441, 1441, 128, 2}, -1, "enable 2"},
-             {{1, 0, 0, 1441, 1441, 128, 2}, -2, "starttime 1441"},
-             {{1, 0, 0, minus, 0, 0, 0}, -2, "starttime -1"},
-             {{1, 0, 0, 1440, 1441, 128, 2}, -3, "stoptime 1441"},
-             {{0, 0, 0, 0, 1440, 128, 2}, -4, "days 128"},
-             {{0, 0, 0, 0, 0, 0, 2}, -5, "repeat 2"}}) {
-        const sched_entry list[] = {good, bad, {9, 0, 0, 0, 0, 0, 0}};
-        const Outcome check = observe([&] { return sched_check_config(2, list); });
-        EXPECT_EQ(check.result, result) << text;
-        EXPECT_EQ(check.out,
-                  text.empty() ? "" : "[sched_check_config #] invalid sched " + text + "\n");
-    }
-    for (const auto &[bad, result, text] :
-         std::vector<std::tuple<alarm_clock_entry, int, std::string>>{
-             {alarm_clock("x"), 0, ""},
-             {{2, 128, 1441, ""}, -1, "sched enable 2"},
-             {{1, 128, 1441, ""}, -2, "alarm clock wday 128"},
-             {{1, 127, 1500, ""}, -32, "alarm clock starttime 1500"},
-             {{1, 127, minus, ""}, -32, "alarm clock starttime -1"}}) {
-        const alarm_clock_entry list[] = {alarm_clock(""), bad};
-        const Outcome check = observe([&] { return alarm_check_config(2, list); });
-        EXPECT_EQ(check.result, result) << text;
-        EXPECT_EQ(check.out, text.empty() ? "" : "[alarm_check_config #] invalid " + text + "\n");
-    }
-    EXPECT_EQ(sched_check_config(0, nullptr) + alarm_check_config(-1, nullptr), 0);
+    const uint32_t minus = UINT32_MAX;
+    const auto schedule = [](const sched_entry &entry, int result, const std::string &text) { return Row{{}, {}, CALL_AS(sched_check_config, checked(sched_check_config, GOOD, entry)), result, {}, text}; };
+    const auto clock = [](const alarm_clock_entry &entry, int result, const std::string &text) { return Row{{}, {}, CALL_AS(alarm_check_config, checked(alarm_check_config, alarm_clock(""), entry)), result, {}, text}; };
+    check({
+        schedule(GOOD, 0, ""),
+        schedule({2, 0, 0, 1441, 1441, 128, 2}, -1, "invalid sched enable 2"), schedule({minus, 0, 0, 0, 0, 0, 0}, -1, "invalid sched enable -1"),
+        schedule({0, 0, 0, 1441, 1441, 128, 2}, -2, "invalid sched starttime 1441"), schedule({1, 0, 0, minus, 0, 0, 0}, -2, "invalid sched starttime -1"),
+        schedule({1, 0, 0, 1440, 1441, 128, 2}, -3, "invalid sched stoptime 1441"), schedule({1, 0, 0, 0, minus, 0, 0}, -3, "invalid sched stoptime -1"),
+        schedule({0, 0, 0, 0, 1440, 128, 2}, -4, "invalid sched days 128"), schedule({0, 0, 0, 0, 0, 0, 2}, -5, "invalid sched repeat 2"),
+        clock(alarm_clock(std::string(512, 'x')), 0, ""), clock({2, 128, 1441, ""}, -1, "invalid sched enable 2"), clock({0, 128, 1441, ""}, -2, "invalid alarm clock wday 128"),
+        clock({1, 127, 1441, ""}, -32, "invalid alarm clock starttime 1441"), clock({1, 0, minus, ""}, -32, "invalid alarm clock starttime -1"),
+        {{}, {}, CALL(words(sched_check_config(0, nullptr), alarm_check_config(-1, nullptr))), "0 0", {}, ""},
+    });
 }
 
 TEST_F(SchedulesTest, SettersEmptyTheSlotsStoreTheListAndSignal)
 {
-    const std::string reload = "killall -35 ctrl_sched";
-    const sched_entry list[12] = {{1, -5, INT32_MIN, 1440, 0, 127, 1},
-                                  {UINT32_MAX, 0, 0, 0, 0, 0, 0}};
-    EXPECT_EQ(sched_set_config(12, list), 0);
-    std::vector<std::string> values(12, "0,0,0,0,0,0,0");
+    std::vector<sched_entry> list(101, {0, 0, 0, 0, 0, 0, 0});
+    list[0] = {1, -5, INT32_MIN, 1440, 0, 127, 1};
+    list[1] = {UINT32_MAX, 2, 3, 4, 5, 6, 7};
+    Calls values(100, "0,0,0,0,0,0,0");
     values[0] = "1,-5,-2147483648,1440,0,127,1";
-    values[1] = "-1,0,0,0,0,0,0";
-    EXPECT_THAT(calls, ElementsAreArray(storing("sched", 9, values, reload)));
-
-    calls.clear();
-    refused = {"set sched02", "unset sched04"};
-    const Outcome set = observe([&] { return sched_set_config(5, list); });
-    EXPECT_EQ(set.result, 0);
-    EXPECT_EQ(set.out, "[sched_set_config #] " + NO_SET);
-    values.resize(3);
-    EXPECT_THAT(calls, ElementsAreArray(storing("sched", 9, values, reload)));
-
-    const std::string wake = "killall -SIGUSR1  alarm";
-    const alarm_clock_entry clocks[] = {alarm_clock("a,b"), alarm_clock(""), alarm_clock("c")};
-    calls.clear();
-    refused = {"set clock01"};
-    EXPECT_EQ(observe([&] { return alarm_set_config(3, clocks); }).out,
-              "[alarm_set_config #] " + NO_SET);
-    EXPECT_THAT(calls,
-                ElementsAreArray(storing("clock", 7, {"1,127,1440,a,b", "1,127,1440,"}, wake)));
-    calls.clear();
-    EXPECT_EQ(alarm_set_config(-1, clocks), 0);
-    EXPECT_THAT(calls, ElementsAreArray(storing("clock", 7, {}, wake)));
+    values[1] = "-1,2,3,4,5,6,7";
+    const Calls two(values.begin(), values.begin() + 2);
+    const std::vector<alarm_clock_entry> alarms = {alarm_clock("a,b"), alarm_clock(""), alarm_clock("c")};
+    const Calls texts = {"1,127,1440,a,b", "1,127,1440,"};
+    const std::string reload = "killall -35 ctrl_sched", wake = "killall -SIGUSR1  alarm";
+    const std::vector<alarm_clock_entry> longest = {alarm_clock(std::string(512, 't'))}, many(101, alarm_clock("x"));
+    check({
+        {{}, {},                        CALL(sched_set_config(100, list.data())),   0, stored("sched", values, reload), ""},
+        {{}, {},                        CALL(sched_set_config(101, list.data())),   0, stored("sched", values, reload), "param_set fail"},
+        {{}, {"set sched01", "unset sched04"}, CALL(sched_set_config(5, list.data())), 0, stored("sched", two, reload), "param_set fail"},
+        {{}, {},                        CALL(sched_set_config(0, nullptr)),         0, stored("sched", {}, reload), ""},
+        {{}, {"set clock01", "unset clock01"}, CALL(alarm_set_config(3, alarms.data())), 0, stored("clock", texts, wake), "param_set fail"},
+        {{}, {},                        CALL(alarm_set_config(2, alarms.data())),   0, stored("clock", texts, wake), ""},
+        {{}, {},                        CALL(alarm_set_config(-1, nullptr)),        0, stored("clock", {}, wake), ""},
+        {{}, {},                        CALL(alarm_set_config(1, longest.data())),  0, stored("clock", {"1,127,1440," + std::string(500, 't')}, wake), ""}, // 511 in all
+        {{}, {},                        CALL(alarm_set_config(101, many.data())),   0, stored("clock", Calls(100, "1,127,1440,x"), wake), "param_set fail"},
+    });
 }
 
-TEST_F(SchedulesTest, ListsThatCannotBeStoredLeaveTheStoredOnes)
+TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
 {
-    using Setter = std::function<int()>;
-    const std::vector<sched_entry> list(101);
-    const std::string longest(500, 't');
-    std::vector<alarm_clock_entry> clocks(101, alarm_clock(longest));
-    clocks.back() = alarm_clock(longest + "t");
-    alarm_clock_entry open = alarm_clock(std::string(512, 't')); // not even terminated
-    const std::vector<std::pair<Setter, std::string>> CASES = {
-        {[&] { return sched_set_config(101, list.data()); },
-         "[sched_set_config #] invalid count 101\n"},
-        {[&] { return alarm_set_config(101, clocks.data()); },
-         "[alarm_set_config #] invalid count 101\n"},
-        {[&] { return alarm_set_config(2, &clocks[99]); },
-         "[alarm_set_config #] invalid alarm clock text\n"},
-        {[&] { return alarm_set_config(1, &open); },
-         "[alarm_set_config #] invalid alarm clock text\n"}};
-    for (const auto &[setter, out] : CASES) {
-        const Outcome set = observe(setter);
-        EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(set.out, out);
-        EXPECT_THAT(calls, IsEmpty());
-    }
-    sched_set_config(100, list.data());
-    EXPECT_EQ(store.size(), 100U);
-    alarm_set_config(1, clocks.data());
-    EXPECT_EQ(store["clock00"], "1,127,1440," + longest);
-    int count = 1;
-    alarm_get_config(&count, &open);
-    EXPECT_EQ(open.text, longest);
+    std::vector<Row> rows = {
+        {{}, {},                                        CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 9)), "0 0", {}, "param_get fail", {"sched00 256"}},
+        {{{"sched00", "1"}, {"sched01", "2"}}, {},      CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 9)), "0 2: 1 91 92 93 94 95 96: 2 91 92 93 94 95 96", {}, "param_get fail", {"sched00 256", "sched01 256", "sched02 256"}},
+        {{{"sched00", "1"}, {"sched01", ""}, {"sched02", "1"}}, {}, CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 9)), "0 1: 1 91 92 93 94 95 96", {}, ""},
+        {{{"sched00", "1"}, {"sched01", "2"}}, {},      CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 1)), "0 1: 1 91 92 93 94 95 96", {}, ""},
+        {{{"sched00", "1"}}, {},                        CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 0)), "0 0", {}, ""},
+        {{{"sched00", "1"}}, {},                        CALL_AS(sched_get_config, read_over(WAS, sched_get_config, -1)), "0 0", {}, ""},
+        {{{"sched00", "x,2"}}, {},                      CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 1)), "0 1", {}, ""},
+        {{{"clock00", "x,2,3,a"}}, {},                  CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 1)), "0 1", {}, ""},
+        {{}, {},                                        CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 7)), "0 0", {}, "param_get fail", {"clock00 512"}},
+        {{{"clock00", ""}, {"clock01", "1"}}, {},       CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 7)), "0 0", {}, ""},
+        {{{"clock00", "1"}, {"clock01", "2"}}, {},      CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 1)), "0 1: 1 91 92 was", {}, ""},
+        {{{"clock00", "1"}, {"clock01", "2"}}, {},      CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 7)), "0 2: 1 91 92 was: 2 91 92 was", {}, "param_get fail"},
+    };
+    for (const auto &[text, read] : std::map<std::string, const char *>{
+             {"1,-2,3,4,5,6,7", "1 -2 3 4 5 6 7"}, {"1,2,3,4,5,6,7,8,9", "1 2 3 4 5 6 7"}, {"1,2", "1 2 92 93 94 95 96"}, {"1,2,", "1 2 92 93 94 95 96"},
+             {"1,,3", "1 91 92 93 94 95 96"}, {"1 ,2", "1 91 92 93 94 95 96"}, {" 1,\n+2,x", "1 2 92 93 94 95 96"}, {"1;2", "1 91 92 93 94 95 96"},
+             {"-1,2147483648,-2147483649,4294967297", "-1 2147483647 -2147483648 2147483647 94 95 96"}, {std::string(300, '9'), "2147483647 91 92 93 94 95 96"}})
+        rows.push_back({{{"sched00", text}}, {}, CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 1)), std::string("0 1: ") + read, {}, ""});
+    for (const auto &[text, read] : std::map<std::string, std::string>{
+             {"1,2,3,a,b", "1 2 3 a,b"}, {"1,2,3,", "1 2 3 was"}, {"1,2,3", "1 2 3 was"}, {"1,2,3x,a", "1 2 3 was"}, {"1,2,3;a", "1 2 3 was"}, {"1,2,3,\na", "1 2 3 was"},
+             {"1,2,3, a\nb", "1 2 3  a"}, {"1,2", "1 2 92 was"}, {"-1,2,3," + std::string(600, 't'), "-1 2 3 " + std::string(504, 't')}})
+        rows.push_back({{{"clock00", text}}, {}, CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 1)), "0 1: " + read, {}, ""});
+    // A caller's room for more than there can be keys.
+    Row full = {{}, {}, CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 101).substr(0, 5)), "0 100", {}, ""};
+    Row full_clocks = {{}, {}, CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 101).substr(0, 5)), "0 100", {}, ""};
+    for (int i = 0; i < 100; i++)
+        full.given[key("sched", i)] = full_clocks.given[key("clock", i)] = "1";
+    rows.insert(rows.end(), {full, full_clocks});
+    check(rows);
 }
-
-TEST_F(SchedulesTest, StoredSchedulesFillOnlyTheFieldsTheyReach)
-{
-    const sched_entry was = {90, 91, 92, 93, 94, 95, 96};
-    const uint32_t minus = UINT32_MAX;
-    for (const auto &[text, expected] : std::vector<std::pair<std::string, sched_entry>>{
-             {"1,-2,3,4,5,6,7", {1, -2, 3, 4, 5, 6, 7}},
-             {"1,2,3,4,5,6,7,8,9", {1, 2, 3, 4, 5, 6, 7}},
-             {"1,2", {1, 2, 92, 93, 94, 95, 96}},
-             {"1,2,", {1, 2, 92, 93, 94, 95, 96}},
-             {"1,,3", {1, 91, 92, 93, 94, 95, 96}},
-             {"1 ,2", {1, 91, 92, 93, 94, 95, 96}},
-             {" 1,\n+2,x", {1, 2, 92, 93, 94, 95, 96}},
-             {"x", was},
-             {"-1,2147483648,-2147483649,4294967297",
-              {minus, INT32_MAX, INT32_MIN, INT32_MAX, 94, 95, 96}},
-             {std::string(300, '9'), {INT32_MAX, 91, 92, 93, 94, 95, 96}}}) {
-        store["sched00"] = text;
-        sched_entry list[] = {was, was};
-        int count = 1;
-        EXPECT_EQ(sched_get_config(&count, list), 0);
-        EXPECT_EQ(count, 1);
-        EXPECT_EQ(memcmp(&list[0], &expected, sizeof expected), 0) << text;
-        EXPECT_EQ(memcmp(&list[1], &was, sizeof was), 0) << text;
-    }
-}
-
-TEST_F(SchedulesTest, StoredAlarmClocksKeepWhatTheTextDoesNotReach)
-{
-    const alarm_clock_entry was = {90, 91, 92, "was"};
-    for (const auto &[text, minute, words] :
-         std::vector<std::tuple<std::string, uint32_t, std::string>>{
-             {"1,2,3,a,b", 3, "a,b"},
-             {"1,2,3,", 3, "was"},
-             {"1,2,3", 3, "was"},
-             {"1,2,3x,a", 3, "was"},
-             {"1,2,3,\na", 3, "was"},
-             {"1,2,3, a\nb", 3, " a"},
-             {"1,2", 92, "was"},
-             {"1,2,3," + std::string(600, 't'), 3, std::string(505, 't')}}) {
-        store["clock00"] = text;
-        alarm_clock_entry list[] = {was, was};
-        int count = 1;
-        EXPECT_EQ(alarm_get_config(&count, list), 0);
-        EXPECT_EQ(count, 1);
-        EXPECT_EQ(list[0].starttime, minute) << text;
-        EXPECT_EQ(list[0].text, words);
-        EXPECT_EQ(memcmp(&list[1], &was, sizeof was), 0) << text;
-    }
-}
-
-TEST_F(SchedulesTest, ListsEndAtTheFirstSlotWithoutAnEntry)
-{
-    const sched_entry list[9] = {};
-    sched_set_config(9, list);
-    sched_set_config(3, list);
-    sched_entry read[9];
-    int count = 9;
-    calls.clear();
-    const Outcome get = observe([&] { return sched_get_config(&count, read); });
-    EXPECT_EQ(get.result, 0);
-    EXPECT_EQ(count, 3);
-    EXPECT_EQ(get.out, "[sched_get_config #] " + NO_GET);
-    EXPECT_THAT(calls, ElementsAre("get sched00 256", "get sched01 256", "get sched02 256",
-                                   "get sched03 256"));
-    store["sched01"] = "";
-    count = 9;
-    EXPECT_EQ(observe([&] { return sched_get_config(&count, read); }).out, "");
-    EXPECT_EQ(count, 1);
-    for (const int room : {0, -1}) {
-        count = room;
-        calls.clear();
-        sched_get_config(&count, nullptr);
-        EXPECT_EQ(count, 0);
-        EXPECT_THAT(calls, IsEmpty());
-    }
-    alarm_clock_entry clock;
-    count = 1;
-    EXPECT_EQ(observe([&] { return alarm_get_config(&count, &clock); }).out,
-              "[alarm_get_config #] " + NO_GET);
-    EXPECT_THAT(calls, ElementsAre("get clock00 512"));
-}
+// clang-format on

@@ -1,249 +1,142 @@
-// Sound choices, how files are checked, and text replacement.
+// Sound choices, the command that vets them, and str_replace.
 
 #include "cfg_set.h"
 #include "doubles.h"
+#include "memory.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <tuple>
 
 using namespace doubles;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-// How many more allocations succeed, below 0 any number; and what is not freed.
-static int allocations_left = -1;
-static int held;
+using SoundsTest = LibraryTest;
 
-// The linker's names for what --wrap goes around.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
-extern "C" {
-void *__real_malloc(size_t size);
-void __real_free(void *memory);
-
-void *__wrap_malloc(size_t size)
+// clang-format off
+// The result in its own memory, and what else is still allocated.
+static std::string replaced(const char *text, const char *old, const char *replacement, int allocations)
 {
-    if (allocations_left >= 0 && allocations_left-- == 0)
-        return nullptr;
-    held++;
-    return __real_malloc(size);
+    const size_t before = held.size();
+    allocations_left = allocations;
+    char *const result = str_replace(text, old, replacement);
+    allocations_left = -1;
+    const size_t more = held.size() - before;
+    if (!result)
+        return words("none", more);
+    EXPECT_TRUE(held.count(result) == 1 && last_size == strlen(result) + 1);
+    std::string said = words("[" + std::string(result) + "]", more - 1);
+    free(result);
+    return said;
 }
 
-char *__wrap_strdup(const char *text)
+// What a getter puts into a text.
+static std::string got(int (*get)(char *, size_t), size_t size)
 {
-    char *copy = static_cast<char *>(__wrap_malloc(strlen(text) + 1));
-    return copy ? strcpy(copy, text) : nullptr;
+    char text[] = "12345678";
+    const int result = get(text, size);
+    return words(result, std::string(text, 8).c_str());
 }
 
-void __wrap_free(void *memory)
+static std::string volume()
 {
-    held -= memory ? 1 : 0;
-    __real_free(memory);
+    int value = 9;
+    return words(alert_file_get_vol(7, &value), value);
 }
-}
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
-class SoundsTest : public LibraryTest
-{
+static const std::string ALARM = "/audio/alarm.aac", HELLO = "/audio/hello.aac", FAIL = "param_set fail";
+
+// What each setter stores of a path that is not the built-in alarm.
+static Calls as_alert(const std::string &path) { return {"set alert_file=" + path, "set greeting_enable=1", "set greeting_audio=" + path}; }
+static Calls as_greeting(const std::string &path) { return {"set greeting_audio=" + path}; }
+static Calls as_alarm(const std::string &path) { return {"set alarm_audio=" + path, "set alert_file=" + path}; }
+
+static const struct {
+    int (*set)(const char *);
+    std::string name, label;
+    Calls (*stored)(const std::string &path);
+} SETTERS[] = {
+    {alert_file_set_config, "alert_file_set_config", "alert_file_set_config", as_alert},
+    {greeting_file_set_config, "greeting_file_set_config", "greeting_file_set_config", as_greeting},
+    {alarm_audio_set_config, "alarm_audio_set_config", "alarm_file_set_config", as_alarm},
 };
-
-using Setter = int (*)(const char *path);
-
-// The setters with the label of their checks.
-static const std::vector<std::tuple<Setter, std::string, std::string>> SETTERS = {
-    {alert_file_set_config, "alert_file_set_config", "alert_file_set_config"},
-    {greeting_file_set_config, "greeting_file_set_config", "greeting_file_set_config"},
-    {alarm_audio_set_config, "alarm_audio_set_config", "alarm_file_set_config"}};
-
-static void audio_check_says(const std::string &reply)
-{
-    write_script("/tmp/bin/AudioCheck", "printf %b '" + reply + "'; exit 1");
-}
 
 TEST_F(SoundsTest, FilesOutsideTheSoundFolderAreChecked)
 {
-    const std::string path = "/mnt/x y/audio/a.aac";
-    for (const auto &[setter, name, label] : SETTERS) {
-        for (const auto &[reply, seen, accepted] :
-             std::vector<std::tuple<std::string, std::string, bool>>{{"0\\n", "0\n", true},
-                                                                     {"", "", true},
-                                                                     {"2\\n1\\n", "2\n", true},
-                                                                     {"-10", "-10", true},
-                                                                     {"1", "1", false},
-                                                                     {"10\\n", "10\n", false},
-                                                                     {"-1\\n", "-1\n", false},
-                                                                     {" -1", " -1", false},
-                                                                     {"01234", "012", true}}) {
-            audio_check_says(reply);
-            calls.clear();
-            const Outcome set = observe([&, run = setter] { return run(path.c_str()); });
-            EXPECT_EQ(set.result, accepted ? 0 : -1) << label << reply;
-            EXPECT_EQ(set.err, std::string(label).append(": ret = [").append(seen).append("]\n"));
-            EXPECT_EQ(calls.at(0), "popen AudioCheck 32000 \"" + path + "\"");
-            EXPECT_EQ(calls.size() > 1, accepted) << label << reply;
-        }
-        popen_error = 12;
-        calls.clear();
-        const Outcome set = observe([&, run = setter] { return run(path.c_str()); });
-        EXPECT_EQ(set.result, -1);
-        EXPECT_EQ(set.err,
-                  std::string(label).append(": can't check file [").append(path).append("]\n"));
-        EXPECT_EQ(calls.size(), 1U);
-        popen_error = 0;
+    const std::string path = "/mnt/x y/audio/a.aac", check_path = "AudioCheck 32000 \"" + path + "\"";
+    std::vector<Row> rows;
+    for (const auto &[setter, name, label, stored] : SETTERS) {
+        const auto add = [&, set = setter, function = name](const std::string &file, const Row &rest) {
+            rows.push_back(rest);
+            rows.back().call = CALL(set(file.c_str()));
+            rows.back().call.function = function;
+        };
+        for (const auto &[reply, seen, accepted] : std::vector<std::tuple<const char *, const char *, bool>>{
+                 {"0\n", "0\n! | ]", true}, {"", "]", true}, {"2\n1\n", "2\n! | ]", true}, {"-10", "-10]", true}, {"01234", "012]", true}, {" 1", " 1]", true},
+                 {"1", "1]", false}, {"10\n", "10\n! | ]", false}, {"-1\n", "-1\n! | ]", false}, {" -1", " -1]", false}})
+            add(path, {{{"$ " + check_path, reply}}, {}, {}, accepted ? 0 : -1, Calls{"popen " + check_path} + (accepted ? stored(path) : Calls{}), "! | " + label + ": ret = [" + seen});
+        add(path, {{}, {"popen " + check_path}, {}, -1, {"popen " + check_path}, "! | " + label + ": can't check file [" + path + "]"});
+        // As long as their places, and one more.
+        const std::string p(100, 'p'), line = "AudioCheck 32000 \"" + p + "\"", built_in = "/audio/" + std::string(248, 'p');
+        add(p, {{{"$ " + line, "1"}}, {}, {}, -1, {"popen " + line}, "! | " + label + ": ret = [1]"});
+        add(p + "p", {{}, {}, {}, -1, {}, "invalid path"});
+        add(built_in, {{}, {}, {}, 0, stored(built_in), ""});
+        add(built_in + "p", {{}, {}, {}, -1, {}, "invalid path"});
+        for (const char *bad : {"/audio/x;y", "bad\".aac", "a$b", "/audio/a\n", "a'b"}) // what a shell would act on
+            add(bad, {{}, {}, {}, -1, {}, "invalid path"});
     }
-}
-
-TEST_F(SoundsTest, PathsEndWhereTheirPlacesDo)
-{
-    audio_check_says("0");
-    for (const auto &[setter, name, label] : SETTERS) {
-        for (const std::string &longest :
-             {std::string(100, 'p'), "/audio/" + std::string(248, 'p')}) {
-            EXPECT_EQ(observe([&, run = setter] { return run(longest.c_str()); }).result, 0);
-            calls.clear();
-            const Outcome set = observe([&, run = setter] { return run((longest + "p").c_str()); });
-            EXPECT_EQ(set.result, -1);
-            EXPECT_EQ(set.out, "[" + name + " #] invalid path\n");
-            EXPECT_THAT(calls, IsEmpty());
-        }
-    }
+    check(rows);
 }
 
 TEST_F(SoundsTest, ChoicesAreLinked)
 {
-    const std::string alarm = "/audio/alarm.aac";
-    const std::string hello = "/audio/hello.aac";
-    const auto choose = [](Setter setter, const char *path) {
-        calls.clear();
-        EXPECT_EQ(observe([&] { return setter(path); }).result, 0);
-        return recorded("set");
-    };
-    EXPECT_THAT(choose(alert_file_set_config, alarm.c_str()),
-                ElementsAre("alert_file=" + alarm, "greeting_enable=0", "alarm_audio=" + alarm));
-    EXPECT_THAT(choose(greeting_file_set_config, hello.c_str()),
-                ElementsAre("greeting_audio=" + hello));
-    EXPECT_THAT(choose(alert_file_set_config, hello.c_str()),
-                ElementsAre("alert_file=" + hello, "greeting_enable=1", "greeting_audio=" + hello));
-    EXPECT_THAT(choose(greeting_file_set_config, alarm.c_str()),
-                ElementsAre("greeting_audio=" + alarm, "alert_file=" + alarm));
-    EXPECT_THAT(calls, ElementsAre("set greeting_audio=" + alarm, "get greeting_enable 8",
-                                   "set alert_file=" + alarm));
-    EXPECT_THAT(choose(alarm_audio_set_config, hello.c_str()),
-                ElementsAre("alarm_audio=" + hello, "alert_file=" + hello));
-    EXPECT_THAT(choose(alert_file_set_config, nullptr), ElementsAre("alert_file=(null)"));
-    EXPECT_THAT(choose(alarm_audio_set_config, nullptr),
-                ElementsAre("alarm_audio=(null)", "alert_file=(null)"));
-    store.erase("greeting_enable");
-    EXPECT_THAT(choose(greeting_file_set_config, hello.c_str()),
-                ElementsAre("greeting_audio=" + hello));
-}
-
-TEST_F(SoundsTest, RefusalsOfTheStoreAreReportedAndPassedOver)
-{
-    store["greeting_enable"] = "2";
-    refused = {"set alert_file", "set greeting_enable", "set greeting_audio", "set alarm_audio"};
-    const auto lines = [](const std::string &name, int count) {
-        std::string text;
-        for (int i = 0; i < count; i++)
-            text += "[" + name + " #] param_set fail\n";
-        return text;
-    };
-    for (const auto &[setter, name, label] : SETTERS) {
-        const Outcome set = observe([run = setter] { return run("/audio/a"); });
-        EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(set.out, setter == alert_file_set_config ? lines(name, 3)
-                           : setter == alarm_audio_set_config
-                               ? lines(name, 2)
-                               : lines(name, 1) + "[" + name + " #] sValue=[2]\n");
-    }
-}
-
-TEST_F(SoundsTest, GettersCopyAtMostOneCharacterLessThanTheSize)
-{
-    const std::vector<std::tuple<int (*)(char *, size_t), std::string, std::string>> GETTERS = {
-        {alert_file_get_config, "alert_file_get_config", "alert_file"},
-        {greeting_file_get_config, "greeting_file_get_config", "greeting_audio"},
-        {alarm_audio_get_config, "alarm_audio_get_config", "alarm_audio"}};
-    for (const auto &[getter, name, key] : GETTERS) {
-        char text[] = "12345678";
-        const auto get = [&, run = getter](size_t size) {
-            return observe([&] { return run(text, size); });
-        };
-        EXPECT_EQ(get(8).out, "[" + name + " #] param_get fail\n");
-        store[key] = "abcdef";
-        EXPECT_EQ(get(0).result + get(1).result, 0);
-        EXPECT_STREQ(text, "12345678");
-        get(4);
-        EXPECT_STREQ(text, "abc45678");
-        EXPECT_EQ(get(8).out, "");
-        EXPECT_STREQ(text, "abcdef");
-        EXPECT_EQ(text[7], '8') << "past the last but one nothing is written";
-        EXPECT_EQ(calls.back(), "get " + key + " 256");
-    }
+    const Calls both = {"set greeting_audio=" + ALARM, "set alert_file=" + ALARM}, no_path = {"set alarm_audio=(null)", "set alert_file=(null)"}, alarm_alert = {"set alert_file=" + ALARM, "set greeting_enable=0", "set alarm_audio=" + ALARM};
+    const auto copied = [](int (*get)(char *, size_t), size_t size, const char *text) { return Row{{{"alert_file", "abcdef"}, {"greeting_audio", "abcdef"}, {"alarm_audio", "abcdef"}}, {}, CALL(got(get, size)), std::string("0 ") + text, {}, ""}; };
+    const std::set<std::string> all = {"set alert_file", "set greeting_enable", "set greeting_audio", "set alarm_audio"};
+    check({
+        {{}, {},  CALL(alert_file_set_config(ALARM.c_str())),   0, alarm_alert, ""},
+        {{}, all, CALL(alert_file_set_config(ALARM.c_str())),   0, alarm_alert, FAIL + "\n" + FAIL + "\n" + FAIL},
+        {{}, {},  CALL(alert_file_set_config(HELLO.c_str())),   0, as_alert(HELLO), ""},
+        {{}, {},  CALL(alert_file_set_config("/audio/alarm.aacx")), 0, as_alert("/audio/alarm.aacx"), ""},
+        {{}, all, CALL(alert_file_set_config("/audio/a")),      0, as_alert("/audio/a"), FAIL + "\n" + FAIL + "\n" + FAIL},
+        {{}, {},  CALL(alert_file_set_config(nullptr)),         0, {"set alert_file=(null)"}, FAIL},
+        {{{"greeting_enable", "1"}}, {},        CALL(greeting_file_set_config(ALARM.c_str())), 0, both, "sValue=[1]", {"greeting_enable 8"}},
+        {{{"greeting_enable", "2"}}, all,       CALL(greeting_file_set_config(ALARM.c_str())), 0, both, FAIL + "\nsValue=[2]"},
+        {{{"greeting_enable", "00000001"}}, {}, CALL(greeting_file_set_config(ALARM.c_str())), 0, as_greeting(ALARM), "sValue=[0000000]"},
+        {{{"greeting_enable", "0"}}, {},        CALL(greeting_file_set_config(ALARM.c_str())), 0, as_greeting(ALARM), "sValue=[0]"},
+        {{}, {},  CALL(greeting_file_set_config(HELLO.c_str())), 0, as_greeting(HELLO), ""},
+        {{}, {},  CALL(greeting_file_set_config(nullptr)),      0, as_greeting("(null)"), FAIL},
+        {{}, {},  CALL(alarm_audio_set_config(HELLO.c_str())),  0, as_alarm(HELLO), ""},
+        {{}, {},  CALL(alarm_audio_set_config(nullptr)),        0, no_path, FAIL + "\n" + FAIL},
+        {{}, {}, CALL_AS(alert_file_get_config, got(alert_file_get_config, 8)), "0 12345678", {}, "param_get fail", {"alert_file 256"}},
+        {{}, {}, CALL_AS(greeting_file_get_config, got(greeting_file_get_config, 8)), "0 12345678", {}, "param_get fail", {"greeting_audio 256"}},
+        {{}, {}, CALL_AS(alarm_audio_get_config, got(alarm_audio_get_config, 8)), "0 12345678", {}, "param_get fail", {"alarm_audio 256"}},
+        copied(alert_file_get_config, 0, "12345678"), copied(greeting_file_get_config, 1, "12345678"), copied(alarm_audio_get_config, 4, "abc45678"), copied(alert_file_get_config, 7, "abcdef78"), copied(alert_file_get_config, 8, "abcdef"),
+    });
 }
 
 TEST_F(SoundsTest, VolumeIsZeroToTwoElseOne)
 {
-    EXPECT_EQ(alert_file_set_vol(nullptr), -1);
-    EXPECT_THAT(calls, IsEmpty());
-    int volume = 9;
-    EXPECT_EQ(observe([&] { return alert_file_get_vol(0, &volume); }).out,
-              "[alert_file_get_vol #] param_get fail\n");
-    EXPECT_EQ(volume, 1);
-    for (const auto &[text, value] : std::map<std::string, int>{
-             {"0", 0}, {"2x", 2}, {"", 0}, {"3", 1}, {"7", 1}, {"-1", 1}, {"4294967296", 1}}) {
-        const Outcome set =
-            observe([&, given = text] { return alert_file_set_vol(given.c_str()); });
-        EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(store["alert_vol"], std::to_string(value)) << text;
-        const bool valid = text == "0" || text == "2x" || text.empty();
-        EXPECT_EQ(set.err, valid ? "" : "alert_file_set_vol:# error s_alert_vol = " + text + "\n");
-        store["alert_vol"] = text;
-        EXPECT_EQ(alert_file_get_vol(0, &volume), 0);
-        EXPECT_EQ(volume, value) << text;
+    std::vector<Row> rows = {
+        {{}, {},                  CALL(alert_file_set_vol(nullptr)), -1, {}, ""},
+        {{}, {"set alert_vol"},   CALL(alert_file_set_vol("0")), 0, {"set alert_vol=0"}, FAIL},
+        {{}, {},                  CALL_AS(alert_file_get_vol, volume()), "0 1", {}, "param_get fail", {"alert_vol 256"}},
+    };
+    for (const auto &[text, value] : std::map<const char *, std::string>{{"0", "0"}, {"1", "1"}, {"2x", "2"}, {"", "0"}, {"3", "1!"}, {"-1", "1!"}, {"4294967296", "1!"}}) {
+        const char *const given = text;
+        const std::string error = value == "1!" ? "! | alert_file_set_vol:# error s_alert_vol = " + std::string(given) : "";
+        rows.push_back({{}, {}, CALL(alert_file_set_vol(given)), 0, {"set alert_vol=" + value.substr(0, 1)}, error});
+        rows.push_back({{{"alert_vol", text}}, {}, CALL(volume()), "0 " + value.substr(0, 1), {}, ""});
     }
-    refused = {"set alert_vol"};
-    EXPECT_EQ(observe([] { return alert_file_set_vol("0"); }).out,
-              "[alert_file_set_vol #] param_set fail\n");
+    check(rows);
 }
 
-TEST_F(SoundsTest, ReplacementSearchesAnewFromTheFront)
+TEST_F(SoundsTest, ReplacementSearchesAnewFromTheFrontAndFreesWhatItDoesNotReturn)
 {
-    const char *const none = nullptr;
-    for (const auto &[text, old, replacement, expected] :
-         std::vector<std::tuple<const char *, const char *, const char *, const char *>>{
-             {"a-b-c", "-", "+", "a+b+c"},
-             {"a-b", "-", "", "ab"},
-             {"aXbb", "X", "yy", "ayybb"},
-             {"aabb", "ab", "", ""}, // what comes together is replaced too
-             {"abc", "x", "y", "abc"},
-             {"abc", "x", "axa", "abc"},
-             {"", "x", "y", ""},
-             {"abc", none, "y", "abc"},
-             {"abc", "a", none, "abc"},
-             {"abc", "", "", none},
-             {"abc", "b", "abc", none},
-             {"abc", "b", "b", none}}) {
-        char *const result = str_replace(text, old, replacement);
-        EXPECT_NE(result, text);
-        if (expected)
-            EXPECT_STREQ(result, expected);
-        else
-            EXPECT_EQ(result, nullptr);
-        free(result);
-    }
+    const char *const no = nullptr;
+    const auto row = [](const char *text, const char *old, const char *replacement, const char *result, int allocations = -1) { return Row{{}, {}, CALL(replaced(text, old, replacement, allocations)), std::string(result) + " 0", {}, ""}; };
+    check({
+        row("a-b-c", "-", "+", "[a+b+c]"), row("a-b", "-", "", "[ab]"), row("aXbb", "X", "yy", "[ayybb]"), row("longer", "onge", "o", "[lor]"), row("aabb", "ab", "", "[]"), row("aab", "ab", "b", "[b]"),
+        row("abc", "x", "y", "[abc]"), row("abc", "x", "axa", "[abc]"), row("", "x", "y", "[]"), row("abc", no, "y", "[abc]"), row("abc", "a", no, "[abc]"), row("abc", no, no, "[abc]"),
+        row("abc", "", "", "none"), row("abc", "b", "abc", "none"), row("abc", "b", "b", "none"), row("a-b", "-", "--", "none"), row("abc", "", "x", "none"),
+        row("a-b-c-d", "-", "+", "none", 0), row("a-b-c-d", "-", "+", "none", 1), row("a-b-c-d", "-", "+", "none", 2), row("a-b-c-d", "-", "+", "none", 3), row("a-b-c-d", "-", "+", "[a+b+c+d]", 4),
+    });
 }
-
-TEST_F(SoundsTest, ReplacementFreesWhatItDoesNotReturn)
-{
-    const int before = held;
-    for (int allowed = 0; allowed <= 4; allowed++) {
-        allocations_left = allowed;
-        char *const result = str_replace("a-b-c-d", "-", "+");
-        allocations_left = -1;
-        EXPECT_EQ(held, before + (result ? 1 : 0)) << allowed;
-        EXPECT_EQ(result != nullptr, allowed == 4) << "a copy and three replacements";
-        free(result);
-    }
-    EXPECT_EQ(str_replace("a-b", "-", "--"), nullptr);
-    EXPECT_EQ(held, before);
-}
+// clang-format on

@@ -7,65 +7,35 @@
 
 using namespace doubles;
 
-constexpr char STATUS_FILE[] = "/tmp/dev_status";
+using StatusTest = LibraryTest;
 
-class StatusTest : public LibraryTest
-{
-  protected:
-    void SetUp() override
-    {
-        LibraryTest::SetUp();
-        unlink(STATUS_FILE);
-    }
-};
+// clang-format off
 
-TEST_F(StatusTest, StoresOneByteAndSaysSo)
+static const std::string STATUS = "/tmp/dev_status";
+
+// What a call prints between the two results of the lock.
+static std::string printed(const std::string &text, const std::string &lock = "0")
 {
-    write_file(STATUS_FILE, "longer");
-    for (const int status : {7, 255, 0}) {
-        const Outcome set =
-            observe([&] { return cfg_setDeviceStatus(static_cast<uint8_t>(status)); });
-        EXPECT_EQ(set.result, 0);
-        EXPECT_EQ(set.out, "[cfg_setDeviceStatus #] result:0\n[cfg_setDeviceStatus #] status: " +
-                               std::to_string(status) +
-                               ", writeSize: 1, sizeof(status):1\n"
-                               "[cfg_setDeviceStatus #] result:0\n");
-        EXPECT_EQ(read_file(STATUS_FILE), std::string(1, static_cast<char>(status)));
-        EXPECT_EQ(observe(cfg_getDeviceStatus).result, status);
-    }
+    return "result:" + lock + "\nstatus: " + text + ", sizeof(status):1\nresult:" + lock;
 }
 
-TEST_F(StatusTest, ReadsTheFirstByteIfThereIsOne)
+TEST_F(StatusTest, IsOneByteOfAFile)
 {
-    const auto reading = [](const std::string &status, int size) {
-        return "[cfg_getDeviceStatus #] result:0\n[cfg_getDeviceStatus #] status: " + status +
-               ", readSize: " + std::to_string(size) +
-               ", sizeof(status):1\n[cfg_getDeviceStatus #] result:0\n";
-    };
-    write_file(STATUS_FILE, "\x80\x01");
-    Outcome outcome = observe(cfg_getDeviceStatus);
-    EXPECT_EQ(outcome.result, 128);
-    EXPECT_EQ(outcome.out, reading("128", 1));
-    write_file(STATUS_FILE, "");
-    outcome = observe(cfg_getDeviceStatus);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.out, reading("0", 0));
-}
-
-TEST_F(StatusTest, FileThatCannotBeOpenedOrWritten)
-{
-    Outcome outcome = observe(cfg_getDeviceStatus);
-    EXPECT_EQ(outcome.result, 255);
-    EXPECT_EQ(outcome.out, "[cfg_getDeviceStatus #] Fail to open /tmp/dev_status file\n");
-
-    ASSERT_EQ(symlink("/nowhere/status", STATUS_FILE), 0);
-    outcome = observe([] { return cfg_setDeviceStatus(1); });
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_setDeviceStatus #] Fail to open /tmp/dev_status file\n");
-
-    unlink(STATUS_FILE);
-    ASSERT_EQ(symlink("/dev/full", STATUS_FILE), 0);
-    outcome = observe([] { return cfg_setDeviceStatus(1); });
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_THAT(outcome.out, testing::HasSubstr("status: 1, writeSize: 0, sizeof(status):1\n"));
+    const Calls locks = {"flock shared", "flock none"};
+    const auto wrote = [&](const std::string &byte) { return Calls{locks[0], locks[1], "wrote " + STATUS + " " + byte}; };
+    check({
+        {{},                        {},        CALL(cfg_setDeviceStatus(7)),   0,   wrote("\7"),   printed("7, writeSize: 1")},
+        {{{STATUS, "longer"}},      {},        CALL(cfg_setDeviceStatus(255)), 0,   wrote("\xff"), printed("255, writeSize: 1")},
+        {{},                        {},        CALL(cfg_setDeviceStatus(0)),   0,   wrote("\\0"),  printed("0, writeSize: 1")},
+        {{},                        {"flock"}, CALL(cfg_setDeviceStatus(7)),   0,   wrote("\7"),   printed("7, writeSize: 1", "-1")},
+        {{{STATUS + "/", ""}},      {},        CALL(cfg_setDeviceStatus(7)),   -1,  {},            "Fail to open /tmp/dev_status file"},
+        {{{STATUS, "\x80\1"}},      {},        CALL(cfg_getDeviceStatus()),    128, locks,         printed("128, readSize: 1")},
+        {{{STATUS, {'\0', '\1'}}},  {},        CALL(cfg_getDeviceStatus()),    0,   locks,         printed("0, readSize: 1")},
+        {{{STATUS, ""}},            {},        CALL(cfg_getDeviceStatus()),    0,   locks,         printed("0, readSize: 0")},
+        {{{STATUS + "/", ""}},      {},        CALL(cfg_getDeviceStatus()),    0,   locks,         printed("0, readSize: 0")},
+        {{{STATUS, "\3"}},          {"flock"}, CALL(cfg_getDeviceStatus()),    3,   locks,         printed("3, readSize: 1", "-1")},
+        {{},                        {},        CALL(cfg_getDeviceStatus()),    255, {},            "Fail to open /tmp/dev_status file"},
+    });
+    ASSERT_EQ(symlink("/dev/full", STATUS.c_str()), 0);
+    check({{{}, {}, CALL(cfg_setDeviceStatus(1)), 0, locks, printed("1, writeSize: 0")}});
 }

@@ -4,73 +4,48 @@
 #include "doubles.h"
 
 using namespace doubles;
-using testing::ElementsAre;
 
-class SyncTest : public LibraryTest
+using SyncTest = LibraryTest;
+
+static const Calls KILLED = {"system killall ntpd"};
+
+// clang-format off
+// A row of these servers, which make this command or ("") none.
+static Row row(const std::string &first, const std::string &second, const std::string &command)
 {
-};
-
-static const std::string TRACE = "cfg_setTimeSync  [1-9][0-9]*\n\nDo ntpd: ";
-
-TEST_F(SyncTest, OffOnlyStopsTheClient)
-{
-    store = {{"time_server", "a"}};
-    const Outcome off = observe([] { return cfg_setTimeSync(0); });
-    EXPECT_EQ(off.result, 0);
-    EXPECT_EQ(off.out + off.err, "");
-    EXPECT_THAT(calls, ElementsAre("system killall ntpd"));
+    const Calls acts = command.empty() ? KILLED : Calls{KILLED[0], "told", "system " + command};
+    return {{{"time_server", first}, {"time_server1", second}}, {}, CALL(cfg_setTimeSync(-1)), 0, acts, command.empty() ? "" : "| cfg_setTimeSync  #\n| \n| Do ntpd: " + command};
 }
 
-TEST_F(SyncTest, TheClientIsPointedAtTheServersThatAreSet)
+TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
 {
-    const std::vector<std::pair<std::map<std::string, std::string>, std::string>> cases = {
-        {{}, "ntpd"},
-        {{{"time_server", ""}, {"time_server1", ""}}, "ntpd"},
-        {{{"time_server", "ntp0.example.net"}}, "ntpd -p ntp0.example.net"},
-        {{{"time_server1", "192.0.2.1"}}, "ntpd -p 192.0.2.1"},
-        {{{"time_server", ""}, {"time_server1", "b"}}, "ntpd -p b"},
-        {{{"time_server", "%s"}, {"time_server1", "b"}}, "ntpd -p %s -p b"}};
-    for (const auto &[servers, command] : cases) {
-        store = servers;
-        calls.clear();
-        const Outcome on = observe([] { return cfg_setTimeSync(-1); });
-        EXPECT_EQ(on.result, 0);
-        EXPECT_EQ(on.err, "");
-        EXPECT_THAT(on.out, testing::MatchesRegex(TRACE + command + "\n"));
-        EXPECT_THAT(calls, ElementsAre("system killall ntpd", "get time_server 256",
-                                       "get time_server1 256", "system " + command));
-    }
-}
-
-TEST_F(SyncTest, ServersThatDoNotFitStopTheClientInSilence)
-{
-    const auto server = [](size_t length) { return std::string(length, 's'); };
-    struct Case {
-        size_t first;
-        size_t second;
-        bool runs;
+    before_call = [] { // what is run next was told before
+        std::fflush(stdout);
+        if (read_file("/tmp/observed.out").find("Do ntpd: ") != std::string::npos)
+            calls.emplace_back("told");
     };
-    // "ntpd", and " -p " before each server, in at most 255 characters.
-    for (const Case &given : {Case{247, 0, true},
-                              {248, 0, false},
-                              {247, 1, false},
-                              {243, 0, true},
-                              {240, 3, true},
-                              {240, 4, false},
-                              {0, 247, true},
-                              {0, 248, false},
-                              {255, 255, false},
-                              {251, 255, false}}) {
-        store = {{"time_server", server(given.first)}, {"time_server1", server(given.second)}};
-        calls.clear();
-        const Outcome on = observe([] { return cfg_restoreTimeSync(); });
-        EXPECT_EQ(on.result, 0);
-        EXPECT_EQ(calls.front(), "system killall ntpd");
-        EXPECT_EQ(recorded("system").size(), given.runs ? 2U : 1U)
-            << given.first << " " << given.second;
-        EXPECT_EQ(on.out.empty(), !given.runs);
-        if (given.runs && given.second) {
-            EXPECT_THAT(calls.back(), testing::EndsWith(" -p " + server(given.second)));
-        }
-    }
+    const auto server = [](size_t length) { return std::string(length, 's'); };
+    const std::string plain = "| cfg_setTimeSync  #\n| \n| Do ntpd: ntpd";
+    check({
+        {{{"time_server", "a"}}, {}, CALL(cfg_setTimeSync(0)),      0, KILLED, ""},
+        {{}, {},                     CALL(cfg_setTimeSync(1)),      0, {KILLED[0], "told", "system ntpd"}, plain, {"time_server 256", "time_server1 256"}},
+        {{{"time_server1", "a"}}, {}, CALL(cfg_restoreTimeSync()),  0, {KILLED[0], "told", "system ntpd -p a"}, plain + " -p a"},
+        row("", "", "ntpd"),
+        row("ntp0.example.net", "", "ntpd -p ntp0.example.net"),
+        row("", "192.0.2.1", "ntpd -p 192.0.2.1"),
+        row("%s", "2001:db8::1", "ntpd -p %s -p 2001:db8::1"),
+        row("a-b", "a b", "ntpd -p a-b"), row("-a", "b;c", "ntpd"), row("b\x01", "$c", "ntpd"), row("b\x7f", "\n", "ntpd"), // not what a shell or ntpd would act on
+        // "ntpd", and " -p " before each server, in at most 255 characters
+        row(server(247), "", "ntpd -p " + server(247)),
+        row(server(248), "", ""),
+        row(server(243), "", "ntpd -p " + server(243)),
+        row(server(247), "b", ""),
+        row(server(240), "bcd", "ntpd -p " + server(240) + " -p bcd"),
+        row(server(240), "bcde", ""),
+        row("", server(248), ""),
+        row(server(255), server(255), ""),
+        row(server(252), server(255), ""),
+        row(server(251), server(255), ""),
+    });
 }
+// clang-format on

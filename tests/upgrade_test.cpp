@@ -4,261 +4,141 @@
 #include "cfg_set.h"
 #include "doubles.h"
 
-#include <cerrno>
-#include <filesystem>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace doubles;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
-constexpr char LIST[] = "ps | awk '{ print $1 }'";
-constexpr char WIFI[] = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'";
-constexpr char PARENTS[] = "ps -l | awk '{ print $4}'";
-constexpr char DAT[] = "/mnt/sdcard/upgrade/upgrade.dat";
-constexpr char BIN[] = "/mnt/sdcard/upgrade/upgrade.bin";
+using UpgradeTest = LibraryTest;
 
-class UpgradeTest : public LibraryTest
-{
-};
+// clang-format off
 
 TEST_F(UpgradeTest, OnlyNewerVersionsAreNew)
 {
-    for (const char *version : {"v5.0.45", "v5.1.0", "v6.0.0", "v5.1.-1", "v10.0.0", "v5.0.45-rc1",
-                                "v5.0.45.1", "v5.0.045", "v 5. 0.\t+45", "v2147483647.0.0",
-                                "v4294967301.0.0", "v99999999999999999999.0.0"})
+    for (const char *version : {"v5.0.45", "v5.1.0", "v6.0.0", "v5.1.-1", "v10.0.0", "v5.0.45-rc1", "v5.0.45.1", "v5.0.045", "v 5. 0.\t+45",
+             "v2147483647.0.0", "v4294967301.0.0", "v99999999999999999999.0.0"})
         EXPECT_EQ(cfg_isNewVersion(version), 0) << version;
-    for (const char *version : {"v5.0.44",   "v5.0.9",  "v4.9.99",  "5.0.45",
-                                "v5.0.44.9", "v-6.0.0", "v5.0.-45", "v-99999999999999999999.9.9",
-                                "",          "v",       "v6",       "v6.",
-                                "v6.0",      "v6.0.",   "v6.0.x",   "v6,0,0",
-                                "v6 .0.0",   "V6.0.0",  " v6.0.0",  "vv6.0.0",
-                                "v6.-.0"})
+    for (const char *version : {"v5.0.44", "v5.0.9", "v4.9.99", "5.0.45", "v5.0.44.9", "v-6.0.0", "v5.0.-45", "v-99999999999999999999.9.9",
+             "", "v", "v6", "v6.", "v6.0", "v6.0.", "v6.0.x", "v6,0,0", "v6 .0.0", "V6.0.0", " v6.0.0", "vv6.0.0", "v6.-.0"})
         EXPECT_EQ(cfg_isNewVersion(version), -1) << version;
 }
 
-TEST_F(UpgradeTest, DownloadIsNewFirmwareOrDeleted)
+// The result of a check, and what it has put into a buffer of this size: "|"
+// for a terminator.
+static std::string into(int (*function)(char *, uint32_t), uint32_t size)
 {
-    const std::string longest = "v5.1.0 " + std::string(56, 'x');
-    const struct {
-        const char *what;
-        std::string dat; // "-": there is none
-        bool bin;
-        std::string version; // none: refused
-    } CASES[] = {
-        {"newer", "v5.1.0\n", true, "v5.1.0"},
-        {"newer, without a line end", "v5.1.0", true, "v5.1.0"},
-        {"only the first line counts", "v5.1.0\nv1.0.0\n", true, "v5.1.0"},
-        {"what follows the version is kept", "v5.1.0 beta\r\n", true, "v5.1.0 beta\r"},
-        {"longest line", longest + "\n", true, longest},
-        {"longer line", longest + "yz\n", true, longest},
-        {"newer, without its image", "v5.1.0\n", false, ""},
-        {"equal", "v5.0.44\n", true, ""},
-        {"older", "v4.9.99\n", true, ""},
-        {"malformed", "5.1.0\n", true, ""},
-        {"empty", "", true, ""},
-        {"empty first line", "\nv5.1.0\n", true, ""},
-        {"an image alone", "-", true, ""},
-        {"nothing", "-", false, ""},
-    };
-    for (const auto &test : CASES) {
-        std::remove(DAT);
-        std::remove(BIN);
-        if (test.dat != "-")
-            write_file(DAT, test.dat);
-        if (test.bin)
-            write_file(BIN, "image");
-        const bool found = !test.version.empty();
-        char version[64] = "old";
-        const Outcome outcome =
-            observe([&] { return cfg_verifyDownloadedFw(version, sizeof version); });
-        EXPECT_EQ(outcome.result, found ? 0 : -1) << test.what;
-        EXPECT_EQ(version, test.version) << test.what;
-        EXPECT_EQ(outcome.out + outcome.err, "") << test.what;
-        EXPECT_EQ(access(DAT, F_OK) == 0, found) << test.what;
-        EXPECT_EQ(access(BIN, F_OK) == 0, found) << test.what;
-    }
+    char buffer[100];
+    memset(buffer, '~', sizeof buffer);
+    const int result = function(buffer, size);
+    std::string text(buffer, sizeof buffer);
+    text.erase(text.find_last_not_of('~') + 1);
+    for (char &letter : text)
+        letter = letter == '\0' ? '|' : letter;
+    return words(result, text);
 }
 
-TEST_F(UpgradeTest, DownloadedVersionFitsItsBuffer)
+static std::string firmware(uint32_t size = 64)
 {
-    write_file(DAT, "v5.1.0\n");
-    write_file(BIN, "");
-    char version[8] = "1234567";
-    EXPECT_EQ(cfg_verifyDownloadedFw(version, 4), 0);
-    EXPECT_EQ(std::string(version, 8), std::string("v5.\000567\0", 8));
-    EXPECT_EQ(cfg_verifyDownloadedFw(version, 0), 0);
-    EXPECT_STREQ(version, "v5.");
-    EXPECT_EQ(cfg_verifyDownloadedFw(nullptr, 8), 0);
-    std::remove(BIN);
-    EXPECT_EQ(cfg_verifyDownloadedFw(version, 0), -1);
-    EXPECT_STREQ(version, "v5.");
+    return into(cfg_verifyDownloadedFw, size);
 }
 
-TEST_F(UpgradeTest, SpeechPackageIsUnpackedWhenItsTarIsGone)
+static std::string speech(uint32_t size = 16)
 {
-    const std::string gone = "[cfg_verifyDownloadedSpeech #] "
-                             "sTarPath have be remove. To sure really tar finished \n";
-    const std::string again = "[cfg_verifyDownloadedSpeech #] "
-                              "download ok but tar is fail, Need again\n";
-    const std::string no_version = "[cfg_verifyDownloadedSpeech #]Can not get  SPEECH_VERSION\n";
-    const struct {
-        const char *version, *language; // null: cannot be read
-        const char *archive;            // in the download folder, or none
-        const char *tar;                // below the language's folder, or none
-        int result;
-        std::string out, used;
-    } CASES[] = {
-        {"12", "EN", nullptr, nullptr, 0, "", "EN"},
-        {"12", "EN", "speech12_EN.tgz", nullptr, -1, gone, "EN"},
-        {"12", "EN", "speech12_EN.tgz", "EN/speech/speech12_EN.tar", 0, again, "EN"},
-        {"12", "EN", "speech12_EN.tgz", "EN/speech/speech11_EN.tar", -1, gone, "EN"},
-        {"12", "EN", nullptr, "EN/speech/speech12_EN.tar", 0, "", "EN"},
-        {"3", "", "speech3_EN.tgz", nullptr, -1, gone, "EN"},
-        {"3", "de", "speech3_EN.tgz", nullptr, 0, "", "de"},
-        {"", "de", "speech_de.tgz", nullptr, -1, no_version + gone, "de"},
-        {nullptr, "de", "speech_de.tgz", nullptr, -1, gone, "de"},
-        {"12", nullptr, "speech12_.tgz", nullptr, 0, "", ""},
-        {"123456789012345", "abcdefghijklmno", "speech123456789012345_abcdefghijklmno.tgz",
-         "abcdefghijklmno/speech/speech123456789012345_abcdefghijklmno.tar", 0, again,
-         "abcdefghijklmno"},
-    };
-    for (const auto &test : CASES) {
-        std::filesystem::remove_all("/mnt/sdcard/morvenix");
-        store.clear();
-        if (test.version)
-            store["speech_version"] = test.version;
-        if (test.language)
-            store["lang_name"] = test.language;
-        if (test.archive)
-            write_file(std::string("/mnt/sdcard/morvenix/download/") + test.archive, "");
-        if (test.tar)
-            write_file(std::string("/mnt/sdcard/morvenix/") + test.tar, "");
+    return into(cfg_verifyDownloadedSpeech, size);
+}
 
-        char language[16] = "old";
-        const Outcome outcome =
-            observe([&] { return cfg_verifyDownloadedSpeech(language, sizeof language); });
-        EXPECT_EQ(outcome.result, test.result) << test.used << test.out;
-        EXPECT_EQ(outcome.out, test.out);
-        EXPECT_EQ(language, test.used);
-        char cut[4] = "123";
-        quietly([&] { return cfg_verifyDownloadedSpeech(cut, 2); });
-        EXPECT_EQ(cut, test.used.substr(0, 1));
-        EXPECT_EQ(quietly([] { return cfg_verifyDownloadedSpeech(nullptr, 2); }), test.result);
-    }
-    EXPECT_THAT(recorded("get"), testing::Contains("speech_version 16"));
-    EXPECT_THAT(recorded("get"), testing::Contains("lang_name 16"));
+TEST_F(UpgradeTest, Downloads)
+{
+    const std::string DAT = "/mnt/sdcard/upgrade/upgrade.dat", BIN = "/mnt/sdcard/upgrade/upgrade.bin", longest = "v5.1.0 " + std::string(56, 'x');
+    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech", version = "speech_version", language = "lang_name";
+    const std::string digits = "123456789012345", letters = "abcdefghijklmno", gone = "sTarPath have be remove. To sure really tar finished ";
+    const std::string none = "[cfg_verifyDownloadedSpeech #]Can not get  SPEECH_VERSION\n", again = "download ok but tar is fail, Need again";
+    const Calls both = {"removed " + BIN, "removed " + DAT}, read = {"speech_version 16", "lang_name 16"};
+    check({
+        {{{DAT, "v5.1.0\n"}, {BIN, ""}},            {}, CALL(firmware()),  "0 v5.1.0|", {}, ""},
+        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(firmware(4)), "0 v5.|", {}, ""},
+        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(firmware(0)), "0 ", {}, ""},
+        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), 0, {}, ""},
+        {{{DAT, "v5.1.0 \r\nv1.0.0\n"}, {BIN, ""}}, {}, CALL(firmware()),  "0 v5.1.0 \r|", {}, ""},
+        {{{DAT, longest + "yz\n"}, {BIN, ""}},      {}, CALL(firmware(99)), "0 " + longest + "|", {}, ""},
+        {{{DAT, "v5.1.0\n"}},                       {}, CALL(firmware()),  "-1 |", {"removed " + DAT}, ""},
+        {{{BIN, ""}},                               {}, CALL(firmware()),  "-1 |", {"removed " + BIN}, ""},
+        {{{DAT, "v5.0.44\n"}, {BIN, ""}},           {}, CALL(firmware()),  "-1 |", both, ""},
+        {{{DAT, "\nv5.1.0\n"}, {BIN, ""}},          {}, CALL(firmware(1)), "-1 |", both, ""},
+        {{{DAT, ""}, {BIN, ""}},                    {}, CALL(firmware(0)), "-1 ", both, ""},
+        {{},                                        {}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), -1, {}, ""},
+
+        {{{version, "12"}, {language, "EN"}},       {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 EN|", {}, "", read},
+        {{{version, "12"}, {language, "EN"}, {download + "12_EN.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech(2)), "-1 E|", {}, gone},
+        {{{version, "12"}, {language, "EN"}, {download + "12_EN.tgz", ""}, {folder + "EN/speech/speech12_EN.tar", ""}}, {},
+         CALL_AS(cfg_verifyDownloadedSpeech, speech(1)), "0 |", {}, again},
+        {{{version, "3"}, {language, ""}, {download + "3_EN.tgz", ""}, {folder + "EN/speech/speech12_EN.tar", ""}}, {},
+         CALL_AS(cfg_verifyDownloadedSpeech, speech(0)), "-1 ", {}, gone},
+        {{{version, "3"}, {language, "de"}, {download + "3_EN.tgz", ""}}, {}, CALL(cfg_verifyDownloadedSpeech(nullptr, 9)), 0, {}, ""},
+        {{{version, ""}, {language, "de"}, {download + "_de.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "-1 de|", {},
+         none + gone},
+        {{{language, "de"}, {download + "_de.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "-1 de|", {}, gone, read},
+        {{{version, "12"}, {download + "12_.tgz", ""}},  {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 |", {}, ""},
+        {{{version, digits}, {language, letters}, {download + digits + "_" + letters + ".tgz", ""},
+          {folder + letters + "/speech/speech" + digits + "_" + letters + ".tar", ""}}, {},
+         CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 " + letters + "|", {}, again},
+    });
+}
+
+// As it is asked when the marker was last written in 2040.
+static int playing_in_2040()
+{
+    const timespec times[] = {{2208988800, 0}, {2208988800, 0}};
+    EXPECT_EQ(utimensat(AT_FDCWD, "/tmp/play_status", times, 0), 0);
+    return cfg_isPlayingMusic();
 }
 
 TEST_F(UpgradeTest, MusicPlaysWhileItsMarkerHoldsSomething)
 {
-    EXPECT_EQ(cfg_isPlayingMusic(), -1);
-    write_file("/tmp/play_status", "");
-    EXPECT_EQ(cfg_isPlayingMusic(), -1);
-    write_file("/tmp/play_status", "1");
-    EXPECT_EQ(cfg_isPlayingMusic(), 0);
+    check({
+        {{}, {}, CALL(cfg_isPlayingMusic()), -1, {}, ""},
+        {{{"/tmp/play_status", ""}}, {}, CALL(cfg_isPlayingMusic()), -1, {}, ""},
+        {{{"/tmp/play_status", "1"}}, {}, CALL(cfg_isPlayingMusic()), 0, {}, ""},
+        {{{"/tmp/play_status", "1"}}, {}, CALL(playing_in_2040()), 0, {}, ""},
+    });
 }
 
-// A `ps` that lists `processes` and `parents` below their headings, as the
-// camera's does.
-static void ps_lists(const std::string &processes, const std::string &parents)
+TEST_F(UpgradeTest, Processes)
 {
-    write_file("/tmp/list", "  PID USER       VSZ STAT COMMAND\n" + processes);
-    write_file("/tmp/long", "S   UID   PID  PPID   VSZ   RSS TTY   CMD\n" + parents);
-    write_script("/tmp/bin/ps", "[ \"$1\" = -l ] && exec cat /tmp/long; exec cat /tmp/list");
-}
+    const std::string LIST = "ps | awk '{ print $1 }'", PARENTS = "ps -l | awk '{ print $4}'", WIFI = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'";
+    const std::string self = word(getpid()), blanks(27, ' '), zeros(29, '0'), failed = "popen fail errno[12][Cannot allocate memory]";
+    const std::string wait = "popen " + PARENTS, left = "left open " + WIFI;
+    const Calls begin = {"system killall watchdog; disable_watchdog", "system echo \"\" > /proc/sys/kernel/hotplug", "popen " + LIST, "popen " + WIFI};
+    const auto then = [&](Calls more) { return more.insert(more.begin(), begin.begin(), begin.end()), more; };
+    Calls twenty;
+    std::string reports = "iPidRTW = 0", failures = reports;
+    for (int attempt = 1; attempt <= 20; attempt++) {
+        twenty.insert(twenty.end(), {wait, "sleep 1"});
+        reports += "\ndwCount: 3\nretry: " + word(attempt);
+        failures += "\n" + failed + "\nretry: " + word(attempt);
+    }
+    check({
+        {{{"$ " + LIST, "PID\n1\n44\n" + self + "\n77\n 5\n-5\n0\n88x9\n7" + blanks + "   99\n0001\n32767"}, {"$ " + WIFI, "77\n44\n"},
+          {"$ " + PARENTS, "PPID\n1\n01 x\n10\n11\n 1\n0\n2\n"}}, {}, CALL(cfg_killProcess()), 0,
+         then({"kill 44 15", "kill 88 15", "kill 7 15", "kill 99 15", "kill 32767 15", wait, left}),
+         "iPidRTW = 77\ndwCount: 2\n! | send SIGTERM to pid 44\n! | send SIGTERM to pid 88\n! | send SIGTERM to pid 7\n"
+         "! | send SIGTERM to pid 99\n! | send SIGTERM to pid 32767"},
+        {{{"$ " + LIST, "77\n778"}, {"$ " + WIFI, zeros + "778"}, {"$ " + PARENTS, ""}}, {}, CALL(cfg_killProcess()), 0,
+         then({"kill 778 15", wait, left}), "iPidRTW = 77\ndwCount: 0\n! | send SIGTERM to pid 778"},
+        {{{"$ " + LIST, ""}, {"$ " + PARENTS, "1\n1\n1\n"}}, {"popen " + WIFI}, CALL(cfg_killProcess()), 0, then(twenty), reports},
 
-static std::string children_of(int parent, int count)
-{
-    std::string rows;
-    for (int i = 0; i < count; i++)
-        rows += "S     0   " + std::to_string(100 + i) + "     " + std::to_string(parent) +
-                "   900   400 0:0   x\n";
-    return rows;
-}
-
-TEST_F(UpgradeTest, EveryListedProcessButThreeIsTerminated)
-{
-    const std::string self = std::to_string(getpid());
-    ps_lists("    1 root       900 S    init\n"
-             "   44 root         0 SW   [kthreadd]\n" +
-                 self +
-                 " root 900 S upgrade\n"
-                 "  77 root         0 SW   [RTW_CMD_THREAD]\n"
-                 "  78 root         0 SW   grep [RTW_CMD_THREAD]\n"
-                 "    0 root         0 SW   nobody\n"
-                 "  -5 root         0 SW   nobody\n"
-                 "88x9 root         0 SW   odd\n"
-                 "32767 root       900 S    -sh\n",
-             children_of(2, 9) + children_of(1, 2) + children_of(11, 3));
-    const Outcome outcome = observe(cfg_killProcess);
-    EXPECT_EQ(close_pipes(), std::vector<std::string>{WIFI}) << "which stays open";
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_THAT(calls, ElementsAre("system killall watchdog; disable_watchdog",
-                                   "system echo \"\" > /proc/sys/kernel/hotplug",
-                                   std::string("popen ") + LIST, std::string("popen ") + WIFI,
-                                   "kill 44 15", "kill 78 15", "kill 88 15", "kill 32767 15",
-                                   std::string("popen ") + PARENTS));
-    EXPECT_EQ(outcome.out, "[cfg_killProcess #] iPidRTW = 77\n[cfg_killProcess #] dwCount: 2\n");
-    EXPECT_EQ(outcome.err, "send SIGTERM to pid 44\nsend SIGTERM to pid 78\n"
-                           "send SIGTERM to pid 88\nsend SIGTERM to pid 32767\n");
-}
-
-TEST_F(UpgradeTest, WaitEndsWhenTwoAreLeftOrAfterTwentyAttempts)
-{
-    ps_lists("", children_of(1, 3));
-    Outcome outcome = observe(cfg_killProcess);
-    EXPECT_EQ(outcome.result, 0);
-    std::string waiting = "[cfg_killProcess #] iPidRTW = 0\n";
-    for (int attempt = 1; attempt <= 20; attempt++)
-        waiting += "[cfg_killProcess #] dwCount: 3\n[cfg_killProcess #] retry: " +
-                   std::to_string(attempt) + "\n";
-    EXPECT_EQ(outcome.out, waiting);
-    EXPECT_EQ(recorded("sleep"), std::vector<std::string>(20, "1"));
-
-    // One more is gone each time.
-    calls.clear();
-    write_script("/tmp/bin/ps", "sed -i 2d /tmp/long; exec cat /tmp/long");
-    write_file("/tmp/long", "PPID\n" + children_of(1, 7));
-    outcome = observe(cfg_killProcess);
-    EXPECT_EQ(close_pipes().size(), 2U);
-    EXPECT_THAT(outcome.out, testing::EndsWith("[cfg_killProcess #] dwCount: 3\n"
-                                               "[cfg_killProcess #] retry: 2\n"
-                                               "[cfg_killProcess #] dwCount: 2\n"));
-    EXPECT_THAT(recorded("sleep"), ElementsAre("1", "1"));
-}
-
-TEST_F(UpgradeTest, ListThatCannotBeReadEndsBeforeAnySignal)
-{
-    popen_error = EMFILE;
-    const Outcome outcome = observe(cfg_killProcess);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_killProcess #] iPidRTW = 0\n"
-                           "[cfg_killProcess #] popen fail errno[24][Too many open files]\n");
-    EXPECT_EQ(recorded("system").size(), 2U);
-    EXPECT_THAT(recorded("kill"), IsEmpty());
-    EXPECT_THAT(recorded("sleep"), IsEmpty());
-}
-
-TEST_F(UpgradeTest, EachPipeFailsByItself)
-{
-    const std::string failed = "[cfg_killProcess #] popen fail errno[12][Cannot allocate memory]\n";
-    ps_lists("  50 root 0 SW [RTW_CMD_THREAD]\n  51 root 0 S x\n", "");
-    refused = {std::string("popen ") + LIST};
-    Outcome outcome = observe(cfg_killProcess);
-    EXPECT_EQ(outcome.result, -1);
-    EXPECT_EQ(outcome.out, "[cfg_killProcess #] iPidRTW = 50\n" + failed);
-
-    refused = {std::string("popen ") + WIFI};
-    outcome = observe(cfg_killProcess);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_THAT(recorded("kill"), ElementsAre("50 15", "51 15"));
-
-    refused = {std::string("popen ") + PARENTS};
-    outcome = observe(cfg_killProcess);
-    EXPECT_EQ(outcome.result, 0);
-    EXPECT_THAT(outcome.out, HasSubstr(failed + "[cfg_killProcess #] retry: 1\n" + failed));
-    EXPECT_EQ(recorded("sleep").size(), 20U);
-    close_pipes();
+        {{{"$ " + WIFI, "50"}}, {"popen " + LIST}, CALL(cfg_killProcess()), -1, then({left}), "iPidRTW = 50\n" + failed},
+        {{}, {"popen " + LIST, "popen " + WIFI}, CALL(cfg_killProcess()), -1, begin, "iPidRTW = 0\n" + failed},
+        {{{"$ " + LIST, "50\n"}, {"$ " + PARENTS, "1\n"}}, {"popen " + WIFI}, CALL(cfg_killProcess()), 0,
+         then({"kill 50 15", wait}), "iPidRTW = 0\ndwCount: 1\n! | send SIGTERM to pid 50"},
+        {{{"$ " + LIST, ""}}, {"popen " + WIFI, wait}, CALL(cfg_killProcess()), 0, then(twenty), failures},
+    });
+    on_sleep = [=] { answers[PARENTS].erase(0, puts("asleep") >= 0 ? 2 : 0); }; // one more has ended
+    check({
+        {{{"$ " + LIST, ""}, {"$ " + WIFI, ""}, {"$ " + PARENTS, "1\n1\n1\n1\n"}}, {}, CALL(cfg_killProcess()), 0,
+         then({wait, "sleep 1", wait, "sleep 1", wait, left}),
+         "iPidRTW = 0\ndwCount: 4\n| asleep\nretry: 1\ndwCount: 3\n| asleep\nretry: 2\ndwCount: 2"},
+    });
 }

@@ -3,291 +3,153 @@
 #include "cfg_set.h"
 #include "doubles.h"
 
-#include <cstring>
-#include <sstream>
-#include <sys/ipc.h>
-#include <sys/msg.h>
+#include <filesystem>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace doubles;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-static constexpr key_t SIGNALS = 0x20130005;
-static constexpr key_t ACCOUNTS = 0x20130003;
-static constexpr key_t RECORDER = 5678;
+using UploadTest = LibraryTest;
+using Given = std::map<std::string, std::string>;
 
-// Recorded as "send QUEUE TYPE", and sent.
-extern "C" int msgsnd(int queue, const void *message, size_t size, int flags)
+// clang-format off
+// A daemon that runs, and this mode.
+static Given runs(const std::string &mode)
 {
-    static const std::map<key_t, std::string> NAMES = {
-        {SIGNALS, "signal "}, {ACCOUNTS, "account "}, {RECORDER, "recorder "}};
-    msqid_ds state{};
-    msgctl(queue, IPC_STAT, &state);
-    long type = 0;
-    memcpy(&type, message, sizeof type);
-    calls.push_back("send " + NAMES.at(state.msg_perm.__key) + std::to_string(type));
-    EXPECT_EQ(flags, IPC_NOWAIT);
-    EXPECT_EQ(state.msg_perm.mode, 0666);
-    return static_cast<int>(syscall(SYS_msgsnd, queue, message, size, flags));
+    return {{"cifs_mode", mode}, {"/var/run/smbu.pid", "77\n"}, {"/proc/77/cmdline", {"/sbin/smbu\0-d", 13}}};
 }
 
-class UploadTest : public LibraryTest
+// What is told of the wanted ones of user, target, mode, size and (!) mount.
+static std::string got(const std::string &wanted)
 {
-};
-
-// What lies in a queue, the oldest record first, without the types.
-static std::vector<std::string> bodies(key_t key)
-{
-    struct {
-        long type;
-        char body[512];
-    } record{};
-    std::vector<std::string> found;
-    const int queue = msgget(key, 0);
-    ssize_t length;
-    while ((length = msgrcv(queue, &record, sizeof record.body, 0, IPC_NOWAIT)) >= 0)
-        found.emplace_back(record.body, static_cast<size_t>(length));
-    return found;
+    std::string text[4] = {"was----", "was----", "was----", "was----"};
+    char *at[4];
+    for (size_t i = 0; i < 4; i++)
+        at[i] = wanted.find("utms"[i]) < 9 ? text[i].data() : nullptr;
+    int mounted = 9;
+    int *const mount = wanted.find('!') < 9 ? &mounted : nullptr;
+    const int result = smbu_get_config(at[0], 8, at[1], 4, at[2], 5, at[3], 6, mount);
+    return words(result, text[0].c_str(), text[1].c_str(), text[2].c_str(), text[3].c_str(), mounted);
 }
 
-static void run_daemon(bool runs)
-{
-    write_file("/proc/77/cmdline", std::string("/sbin/smbu\0-d", 13));
-    if (runs)
-        write_file("/var/run/smbu.pid", "77\n");
-    else
-        unlink("/var/run/smbu.pid");
-}
-
-// What was stored (without "cifs_"), sent, run and slept; the calls begin anew.
-static std::string acts()
-{
-    std::string found;
-    for (const std::string &call : calls) {
-        const size_t blank = call.find(' ');
-        const std::string word = call.substr(0, blank);
-        if (word == "set" || word == "send" || word == "system" || word == "sleep")
-            found += (found.empty() ? "" : ", ") +
-                     call.substr(word == "sleep" ? 0 : blank + (word == "set" ? 6 : 1));
-    }
-    calls.clear();
-    return found;
-}
-
-// smbu_set_config with what "user=TEXT, mode=TEXT" names.
-static int set_config(const std::string &texts)
-{
-    std::map<std::string, std::string> given;
-    std::istringstream input(texts);
-    for (std::string name; std::getline(input >> std::ws, name, '=');)
-        std::getline(input, given[name], ',');
-    const auto text = [&](const char *name) {
-        return given.count(name) ? given[name].c_str() : nullptr;
-    };
-    return smbu_set_config(text("user"), text("pass"), text("target"), text("mode"), text("size"));
-}
-
-TEST_F(UploadTest, ModeIsTheFirstCharacterOfTheStoredOne)
-{
-    EXPECT_EQ(smbu_status(), 0);
-    for (const auto &[text, mode] :
-         std::map<std::string, int>{{"", 0}, {"0", 0}, {"3", 3}, {"12", 1}, {"-1", 0}}) {
-        store["cifs_mode"] = text;
-        EXPECT_EQ(smbu_status(), mode) << text;
-    }
-}
+static Calls signal(int code) { return {"post 20130005 " + std::to_string(code) + " 3000000000"}; }
+static const Calls BEGUN = {"system smbu", "sleep 1"}, BEGUN_ASIDE = {"system smbu &", "sleep 1"};
+static const Calls ENDED = {"removed /var/run/smbu.pid"}, RECORD = {"post 7 0", "post 7 1"};
 
 TEST_F(UploadTest, DaemonRunsWhenItsPidNamesAProcessOfItsName)
 {
-    EXPECT_EQ(smbu_exist(), 0) << "no pid file";
-    for (const auto &[pid, program, exists] :
-         std::vector<std::tuple<std::string, std::string, int>>{
-             {"77\n", "smbu", 1},
-             {"77", std::string("sh\0smbu", 7), 0}, // the arguments do not count
-             {"77", "", 0},
-             {"77", std::string(28, '/') + "smbu", 1},
-             {"77", std::string(29, '/') + "smbu", 0}, // past the 32 bytes looked at
-             {"", "smbu", 0},
-             {"78", "smbu", 0},
-             {std::string(30, ' ') + "779", "smbu", 1},
-             {"99999999999999999999", "smbu", 0}}) {
-        write_file("/var/run/smbu.pid", pid);
-        write_file("/proc/77/cmdline", program);
-        EXPECT_EQ(smbu_exist(), exists) << pid << ", " << program;
-    }
+    const std::string fill(28, '/');
+    const auto row = [](const Given &files, int exists) { return Row{files, {}, CALL(smbu_exist()), exists, {}, ""}; };
+    const auto line = [&](const std::string &text, int exists) { return row({{"/var/run/smbu.pid", "77"}, {"/proc/77/cmdline", text}}, exists); };
+    const auto pid = [&](const std::string &text, const std::string &number) { return row({{"/var/run/smbu.pid", text}, {"/proc/" + number + "/cmdline", "smbu"}}, 1); };
+    const auto mode = [](const char *text, int number) { return Row{{{"cifs_mode", text}}, {}, CALL(smbu_status()), number, {}, "", {"cifs_mode 2"}}; };
+    check({
+        row(runs("1"), 1), row({{"/proc/77/cmdline", "smbu"}}, 0), row({{"/var/run/smbu.pid", "77"}}, 0), row({{"/var/run/smbu.pid/", ""}}, 0), row({{"/var/run/smbu.pid", ""}, {"/proc/0/cmdline", "smbu"}}, 0),
+        line("smbu", 1), line("", 0), line({"sh\0smbu", 7}, 0), line(fill + "smbu", 1), line(fill + "/smbu", 0), // arguments and what is behind 32 bytes do not count
+        pid(std::string(30, ' ') + "779", "77"), pid("99999999999", "2147483647"),
+        mode("", 0), mode("0", 0), mode("12", 1), mode("-1", 0), mode("9", 9),
+    });
 }
 
 TEST_F(UploadTest, SignalsStartTheDaemonInTheModesThatWantThem)
 {
-    for (const std::string mode : {"0", "1", "2", "3", "4", ""}) {
-        store["cifs_mode"] = mode;
-        for (const bool runs : {false, true}) {
-            run_daemon(runs);
-            const std::string start = runs ? "" : "smbu, sleep 1, ";
-            EXPECT_EQ(smbu_wake_up(), 0);
-            EXPECT_EQ(acts(), mode == "1" || mode == "2" || mode == "4" ? start + "signal 1" : "");
-            EXPECT_EQ(smbu_event_notify(), 0);
-            EXPECT_EQ(acts(), mode == "2" ? start + "signal 2" : "");
-            EXPECT_EQ(smbu_force_stop(), 0);
-            EXPECT_EQ(acts(), runs ? "signal 6, sleep 1" : "");
-        }
-    }
-}
-
-TEST_F(UploadTest, RecordsAreAsTheReceiversKnowThem)
-{
-    clock_now = 0x65a4b3c2;
-    store = {{"cifs_mode", "1"}, {"gdu_account", std::string(300, 'a')}};
-    run_daemon(true);
-    smbu_wake_up();
-    EXPECT_THAT(bodies(SIGNALS), ElementsAre("\xc2\xb3\xa4\x65"));
-
-    const std::string head = std::string("\x0b\0\0\0\0\0\0\0\0\0\0\0", 12);
-    const auto account = [&] {
-        set_config("mode=1");
-        return bodies(ACCOUNTS);
-    };
-    EXPECT_THAT(account(), ElementsAre(head + std::string(255, 'a') + std::string(5, 0)));
-    store["gdu_account"] = "ann";
-    EXPECT_THAT(account(), ElementsAre(head + "ann" + std::string(257, 0)));
-    store.erase("gdu_account");
-    EXPECT_THAT(account(), ElementsAre(head + std::string(260, 0)));
-
-    set_config("mode=2");
-    EXPECT_THAT(bodies(RECORDER), ElementsAre(std::string(292, 0), "\1" + std::string(291, 0)));
+    clock_now = 3000000000; // past 31 bits
+    check({
+        {{}, {},                    CALL(smbu_wake_up()),       0, {}, ""},
+        {runs("0"), {},             CALL(smbu_wake_up()),       0, {}, ""},
+        {runs("3"), {},             CALL(smbu_wake_up()),       0, {}, ""},
+        {runs("1"), {},             CALL(smbu_wake_up()),       0, signal(1), ""},
+        {runs("1"), {"msgsnd"},     CALL(smbu_wake_up()),       0, signal(1), ""},
+        {{{"cifs_mode", "2"}}, {},  CALL(smbu_wake_up()),       0, BEGUN + signal(1), ""},
+        {{{"cifs_mode", "4"}}, {},  CALL(smbu_wake_up()),       0, BEGUN + signal(1), ""},
+        {runs("1"), {},             CALL(smbu_event_notify()),  0, {}, ""},
+        {runs("3"), {},             CALL(smbu_event_notify()),  0, {}, ""},
+        {runs("2"), {},             CALL(smbu_event_notify()),  0, signal(2), ""},
+        {{{"cifs_mode", "2"}}, {},  CALL(smbu_event_notify()),  0, BEGUN + signal(2), ""},
+        {runs(""), {},              CALL(smbu_force_stop()),    0, signal(6) + Calls{"sleep 1"}, ""},
+        {{{"cifs_mode", "2"}}, {},  CALL(smbu_force_stop()),    0, {}, ""},
+    });
 }
 
 TEST_F(UploadTest, NewSettingsReachTheDaemon)
 {
-    const std::string ended = "signal 6, sleep 1, sleep 1";
-    const std::string begun = "smbu &, sleep 1, signal ";
-    const struct {
-        std::string old_mode;
-        bool runs;
-        std::string given;
-        std::string expected;
-    } CASES[] = {
-        {"1", true, "", ""},
-        {"1", true, "size=9", ""},
-        {"1", true, "user=u", ended + ", " + begun + "8"},
-        {"0", true, "pass=p", ended},
-        {"3", true, "target=t", ended},
-        {"1", false, "user=u", ""},
-        {"1", true, "user=u, pass=p, target=t, mode=0, size=9", "signal 5, sleep 1, sleep 1"},
-        {"1", true, "user=, mode=", "signal 5, sleep 1, sleep 1"},
-        {"1", true, "user=u, mode=2",
-         ended + ", account 1, " + begun + "8, recorder 7, recorder 7"},
-        {"0", false, "mode=1", "account 1, " + begun + "7, signal 8"},
-        {"", false, "mode=2", "account 1, " + begun + "7, signal 8, recorder 7, recorder 7"},
-        {"1", false, "mode=2", "account 1, " + begun + "8, recorder 7, recorder 7"},
-        {"1", true, "mode=2", "account 1, signal 7, recorder 7, recorder 7"},
-        {"2", true, "mode=2", "account 1, signal 7"},
-        {"2", true, "mode=0", "signal 5, sleep 5, recorder 7, recorder 7"},
-        {"2", false, "mode=3", "recorder 7, recorder 7"},
-        {"1", true, "mode=3", ""},
-        {"12", false, "mode=4", begun + "8"},
-        {"2", true, "mode=", ""},
+    clock_now = 3000000000;
+    on_sleep = [] {
+        if (std::count(calls.begin(), calls.end(), "sleep 1") == 2) { // it takes two seconds to end, each told before it is waited for
+            std::fflush(stdout);
+            EXPECT_EQ(read_file("/tmp/observed.out"), "Wait smbu is terminated\nWait smbu is terminated\n");
+            unlink("/var/run/smbu.pid");
+        }
     };
-    for (const auto &[old_mode, runs, given, expected] : CASES) {
-        store["cifs_mode"] = old_mode;
-        run_daemon(runs);
-        int sleeps = 0;
-        on_sleep = [&] { // the daemon takes two seconds to end
-            if (++sleeps == 2)
-                run_daemon(false);
-        };
-        calls.clear();
-        const Outcome set = observe([&, &texts = given] { return set_config(texts); });
-        on_sleep = nullptr;
-        EXPECT_EQ(set.result, 0);
-        const std::string between = given.empty() || expected.empty() ? "" : ", ";
-        EXPECT_EQ(acts(), std::string(given).append(between).append(expected))
-            << "from mode " << old_mode;
-        const std::string wait = "Wait smbu is terminated\n";
-        const bool stops = runs && given.find_first_of("upt") == 0;
-        EXPECT_EQ(set.out, stops ? wait + wait : "") << given;
-    }
-    EXPECT_THAT(bodies(SIGNALS), testing::Each(testing::SizeIs(4)));
-    EXPECT_THAT(bodies(ACCOUNTS), testing::Each(testing::SizeIs(272)));
-}
-
-TEST_F(UploadTest, RefusalsOfTheStoreAndOfTheQueuesArePassedOver)
-{
-    refused = {"set cifs_user", "set cifs_mode"};
-    const int queue = msgget(SIGNALS, IPC_CREAT | 0666);
-    while (syscall(SYS_msgsnd, queue, "\1\0\0\0\0\0\0\0", 0, IPC_NOWAIT) == 0) {
-    }
-    const Outcome set =
-        observe([] { return set_config("user=u, pass=p, target=t, mode=1, size=9"); });
-    EXPECT_EQ(set.result, 0);
-    EXPECT_EQ(set.out + set.err, "");
-    EXPECT_EQ(acts(), "user=u, pass=p, target=t, mode=1, size=9, account 1, "
-                      "smbu &, sleep 1, signal 7, signal 8");
+    const char *const no = nullptr;
+    const auto mode = [](const char *text) { return Given{{"cifs_mode", text}}; };
+    const auto set = [](const char *text) { return Calls{std::string("set cifs_mode=") + text}; };
+    const auto stopped = [](int code) { return signal(code) + Calls{"sleep 1", "sleep 1"}; };
+    const Calls user = {"set cifs_user=u"}, account = {"post 20130003 1 account "};
+    const Calls all = {"set cifs_user=u", "set cifs_pass=p", "set cifs_target=t", "set cifs_mode=0", "set cifs_size=9"};
+    const std::string waits = "| Wait smbu is terminated\n| Wait smbu is terminated";
+    Given with_account = runs("1");
+    with_account["gdu_account"] = "a b" + std::string(300, 'c');
+    check({
+        {runs("1"), {},     CALL(smbu_set_config(no, no, no, no, no)),       0, {}, "", {"cifs_mode 256"}},
+        {runs("1"), {},     CALL(smbu_set_config(no, no, no, no, "9")),      0, {"set cifs_size=9"}, ""},
+        {runs("1"), {},     CALL(smbu_set_config("u", no, no, no, no)),      0, user + stopped(6) + BEGUN_ASIDE + signal(8) + ENDED, waits},
+        {runs("0"), {},     CALL(smbu_set_config(no, "p", no, no, no)),      0, Calls{"set cifs_pass=p"} + stopped(6) + ENDED, waits},
+        {runs("3"), {},     CALL(smbu_set_config(no, no, "t", no, no)),      0, Calls{"set cifs_target=t"} + stopped(6) + ENDED, waits},
+        {mode("1"), {},     CALL(smbu_set_config("u", no, no, no, no)),      0, user, ""},
+        {runs("1"), {},     CALL(smbu_set_config("u", "p", "t", "0", "9")),  0, all + stopped(5) + ENDED, waits},
+        {mode("2"), {"set cifs_user", "set cifs_mode"}, CALL(smbu_set_config("u", "p", "t", "0", "9")), 0, all + RECORD, ""},
+        {runs("2"), {},     CALL(smbu_set_config("u", no, no, "", no)),      0, user + set("") + stopped(5) + ENDED, waits},
+        {runs("1"), {},     CALL(smbu_set_config("u", no, no, "2", no)),     0, user + set("2") + stopped(6) + account + BEGUN_ASIDE + signal(8) + RECORD + ENDED, waits},
+        {mode("0"), {},     CALL(smbu_set_config(no, no, no, "1", no)),      0, set("1") + account + BEGUN_ASIDE + signal(7) + signal(8), ""},
+        {mode("0"), {"msgget"}, CALL(smbu_set_config(no, no, no, "1", no)),  0, set("1") + account + BEGUN_ASIDE + signal(7) + signal(8), ""},
+        {{}, {},            CALL(smbu_set_config(no, no, no, "2", no)),      0, set("2") + account + BEGUN_ASIDE + signal(7) + signal(8) + RECORD, "", {"cifs_mode 256", "gdu_account 256"}},
+        {mode("1"), {},     CALL(smbu_set_config(no, no, no, "2", no)),      0, set("2") + account + BEGUN_ASIDE + signal(8) + RECORD, ""},
+        {mode("12"), {},    CALL(smbu_set_config(no, no, no, "4", no)),      0, set("4") + BEGUN_ASIDE + signal(8), ""},
+        {mode("2"), {},     CALL(smbu_set_config(no, no, no, "3", no)),      0, set("3") + RECORD, ""},
+        {mode("1"), {},     CALL(smbu_set_config(no, no, no, "0", no)),      0, set("0"), ""},
+        {with_account, {},  CALL(smbu_set_config(no, no, no, "2", no)),      0, set("2") + Calls{"post 20130003 1 account a b" + std::string(252, 'c')} + signal(7) + RECORD, ""},
+        {runs("2"), {},     CALL(smbu_set_config(no, no, no, "2", no)),      0, set("2") + account + signal(7), ""},
+        {runs("2"), {},     CALL(smbu_set_config(no, no, no, "0", no)),      0, set("0") + signal(5) + Calls{"sleep 5"} + RECORD, ""},
+        {runs("1"), {},     CALL(smbu_set_config(no, no, no, "3", no)),      0, set("3"), ""},
+        {runs("1"), {},     CALL(smbu_set_config(no, no, no, "4", no)),      0, set("4"), ""},
+        {runs("2"), {},     CALL(smbu_set_config(no, no, no, "", no)),       0, set(""), ""},
+    });
 }
 
 TEST_F(UploadTest, ConfigurationIsReadAsFarAsItIsWanted)
 {
-    store = {{"cifs_user", "ann"}, {"cifs_target", "//nas/cam"}, {"cifs_mode", "2"}};
-    write_file("/proc/mounts", "tmpfs /tmp tmpfs rw 0 0\n//nas/cam /mnt/cifs2 cifs rw 0 0\n");
-    char user[8] = "";
-    char target[4] = "";
-    char mode[4] = "";
-    char size[4] = "was";
-    int mounted = -1;
-    EXPECT_EQ(smbu_get_config(user, 8, target, 4, mode, 4, size, 4, &mounted), 0);
-    EXPECT_THAT(calls, ElementsAre("get cifs_user 8", "get cifs_target 4", "get cifs_mode 4",
-                                   "get cifs_size 4", "popen cat /proc/mounts | grep /mnt/cifs"));
-    EXPECT_STREQ(user, "ann");
-    EXPECT_STREQ(target, "//n");
-    EXPECT_STREQ(mode, "2");
-    EXPECT_STREQ(size, "was");
-    EXPECT_EQ(mounted, 1);
-
-    calls.clear();
-    smbu_get_config(nullptr, 9, nullptr, 9, mode, 0, size, -1, nullptr);
-    EXPECT_THAT(calls, IsEmpty());
-    const auto is_mounted = [&] {
-        mounted = -1;
-        smbu_get_config(nullptr, 0, nullptr, 0, nullptr, 0, nullptr, 0, &mounted);
-        return mounted;
-    };
-    write_file("/proc/mounts", "tmpfs /tmp tmpfs rw 0 0\n");
-    EXPECT_EQ(is_mounted(), 0);
-    popen_error = EMFILE;
-    EXPECT_EQ(is_mounted(), 0);
+    const std::string grep = "popen cat /proc/mounts | grep /mnt/cifs", mounts = "$ cat /proc/mounts | grep /mnt/cifs";
+    const Given full = {{"cifs_user", "ann"}, {"cifs_target", "//nas/cam"}, {"cifs_mode", "2"}, {"cifs_size", "123456789"}, {mounts, "\n"}};
+    check({
+        {full, {},              CALL(got("utms!")), "0 ann //n 2 12345 1", {grep}, "", {"cifs_user 8", "cifs_target 4", "cifs_mode 5", "cifs_size 6"}},
+        {full, {},              CALL(got("m")),     "0 was---- was---- 2 was---- 9", {}, "", {"cifs_mode 5"}},
+        {{{mounts, ""}}, {},    CALL(got("s!")),    "0 was---- was---- was---- was---- 0", {grep}, ""},
+        {full, {grep},          CALL(got("!")),     "0 was---- was---- was---- was---- 0", {grep}, ""},
+        {full, {},              CALL(smbu_get_config(nullptr, 9, nullptr, 9, nullptr, 9, nullptr, 9, nullptr)), 0, {}, ""},
+    });
+    // A length without room is no wish.
+    store = full;
+    char text[] = "was";
+    EXPECT_EQ(smbu_get_config(text, 0, text, -1, text, 0, text, -1, nullptr), 0);
+    EXPECT_STREQ(text, "was");
 }
 
 TEST_F(UploadTest, RecoveryJobsAreEmptyFilesNamedAfterRecordings)
 {
+    const std::string folder = "/mnt/sdcard/video/.smbu/", n98(98, 'n'), n99(99, 'n'), n100 = "/" + n99 + "n.mp4";
+    const auto made = [&](const std::string &path, const std::string &file) { return Row{{{folder, ""}}, {}, CALL(smbu_add_recovery_job(path.c_str())), 0, {"wrote " + file + " "}, ""}; };
+    const auto rejected = [&](const char *path) { return Row{{{folder, ""}}, {}, CALL(smbu_add_recovery_job(path)), -1, {}, ""}; };
+    check({
+        made("/mnt/sdcard/video/1/clip.mp4", folder + "clip.rcy"), made("/a.b/c.d.e", folder + "c.d.rcy"), made("/a.b/c", "/mnt/sdcard/video/.rcy"), rejected(""), rejected("clip.mp4"), rejected(nullptr),
+        made("/" + n98 + ".jpeg2000", folder + n98 + ".rcy"), made("/" + n99 + ".mp4", folder + n99 + ".rcy"), rejected(n100.c_str()), // 127 characters
+        made("/" + n99 + "nnnn.mp4", "/mnt/sdcard/video/.rcy"), // the cut takes the dot
+        {{}, {}, CALL(smbu_add_recovery_job("/mnt/sdcard/video/1/clip.mp4")), -1, {}, ""}, // without its folder
+        {{{folder + "clip.rcy", "kept"}}, {}, CALL(smbu_add_recovery_job("/clip.mp4")), 0, {}, ""},
+    });
+    std::filesystem::create_directories(folder);
     umask(0);
-    const std::string folder = "/mnt/sdcard/video/.smbu/";
-    const auto add = [](const std::string &path) { return smbu_add_recovery_job(path.c_str()); };
-    const auto exists = [](const std::string &path) { return access(path.c_str(), F_OK) == 0; };
-    EXPECT_EQ(add("/mnt/sdcard/video/1/clip.mp4"), -1) << "without its folder";
-    write_file(folder + "kept.rcy", "kept");
-    EXPECT_EQ(add("/mnt/sdcard/video/1/clip.mp4"), 0);
-    struct stat state {
-    };
-    EXPECT_EQ(stat((folder + "clip.rcy").c_str(), &state), 0);
-    EXPECT_EQ(state.st_mode, S_IFREG | 0644);
-    EXPECT_EQ(state.st_size, 0);
-    EXPECT_EQ(add("/kept.mp4"), 0);
-    EXPECT_EQ(read_file(folder + "kept.rcy"), "kept");
-    EXPECT_EQ(add("/a.b/c.d.e"), 0);
-    EXPECT_TRUE(exists(folder + "c.d.rcy"));
-    EXPECT_FALSE(exists("/mnt/sdcard/video/.rcy"));
-    EXPECT_EQ(add("/a.b/c"), 0);
-    EXPECT_TRUE(exists("/mnt/sdcard/video/.rcy"));
-
-    EXPECT_EQ(add(""), -1);
-    EXPECT_EQ(add("clip.mp4"), -1);
-    const std::string longest(127 - folder.size() - 4, 'n');
-    EXPECT_EQ(add("/" + longest + ".mp4"), 0);
-    EXPECT_TRUE(exists(folder + longest + ".rcy"));
-    EXPECT_EQ(add("/" + longest + "n.mp4"), -1);
-    EXPECT_EQ(add("/" + longest + "n.h"), -1) << "fits only until its end is replaced";
-    EXPECT_FALSE(exists(folder + longest + "n.rc"));
+    smbu_add_recovery_job("/x.mp4");
+    EXPECT_EQ(std::filesystem::status(folder + "x.rcy").permissions(), std::filesystem::perms(0644));
 }
+// clang-format on

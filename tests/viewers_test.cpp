@@ -6,19 +6,13 @@
 #include <cstring>
 
 using namespace doubles;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
-class ViewersTest : public LibraryTest
-{
-};
+using ViewersTest = LibraryTest;
 
-static viewer_entry viewer(const std::string &name, const std::string &passcode = "p",
-                           const std::string &credential = "c", const std::string &once = "1")
+// clang-format off
+using Text = const std::string &;
+
+static viewer_entry viewer(Text name, Text passcode = "p", Text credential = "c", Text once = "1")
 {
     viewer_entry entry{};
     name.copy(entry.name, sizeof entry.name);
@@ -28,196 +22,137 @@ static viewer_entry viewer(const std::string &name, const std::string &passcode 
     return entry;
 }
 
-static Outcome add(const viewer_entry &entry)
+// The count and the entries that were read over others, without the reports.
+static std::string read_over(const viewer_entry &was)
 {
-    return observe([&] { return viewer_add_config(&entry); });
-}
-
-static Outcome del(const viewer_entry &entry)
-{
-    return observe([&] { return viewer_del_config(&entry); });
-}
-
-static void store_viewers(const std::vector<std::string> &names)
-{
-    for (size_t i = 0; i < names.size(); i++)
-        store["viewer_list_0" + std::to_string(i)] = names[i] + ",p,c,0";
-}
-
-// What is reported behind the listing that every change begins with.
-static std::string after_the_list(const Outcome &outcome, const std::string &function)
-{
-    const size_t start = outcome.out.find("[cfg_set " + function);
-    return start == std::string::npos ? "" : outcome.out.substr(start);
-}
-
-TEST_F(ViewersTest, ListIsReportedAsItIsRead)
-{
-    store = {{"viewer_list_00", "Ann B,1234,key,1 x"}, {"viewer_list_02", "hidden,p,c,0"}};
-    viewer_entry list[10];
+    std::vector<viewer_entry> list(11, was);
     uint8_t count = 99;
-    const Outcome get = observe([&] { return viewer_get_config(&count, list); });
-    EXPECT_EQ(get.result, 0);
-    EXPECT_EQ(count, 1);
-    const std::string head = "[cfg_set viewer_get_config #] ";
-    EXPECT_EQ(get.out, head + "name        = Ann B\n" + head + "passcode    = 1234\n" + head +
-                           "credential  = key\n" + head + "once        = 1\n" + head +
-                           "buf         = Ann B,1234,key,1 x\n" + head + "param_get fail\n");
-    EXPECT_THAT(calls, ElementsAre("get viewer_list_00 256", "get viewer_list_01 256"));
-
-    store["viewer_list_01"] = "";
-    EXPECT_THAT(observe([&] { return viewer_get_config(&count, list); }).out,
-                Not(HasSubstr("fail")));
-    store_viewers(std::vector<std::string>(10, "n"));
-    viewer_get_config(&count, list);
-    EXPECT_EQ(count, 10);
+    quietly([&] { return viewer_get_config(&count, list.data()); });
+    std::string text = words(count);
+    for (const viewer_entry &entry : list)
+        if (memcmp(&entry, &was, sizeof entry) != 0)
+            text += ": " + words(Text(entry.name), Text(entry.passcode), Text(entry.credential), Text(entry.once));
+    return text;
 }
 
-TEST_F(ViewersTest, StoredFieldsAreCutToTheirPlaces)
+// The count.
+static int reported(const viewer_entry &was)
 {
-    const std::string was = std::string(1, 'w');
-    for (const auto &[text, fields] : std::vector<std::pair<std::string, std::vector<std::string>>>{
-             {"n,p,c,12", {"n", "p", "c", "12"}},
-             {"n,p,c,123,4", {"n", "p", "c", "12"}},
-             {"n,p,c, \t1 2", {"n", "p", "c", "1"}},
-             {"n,p,c,", {"n", "p", "c", was}},
-             {"n", {"n", was, was, was}},
-             {"n,,c,1", {"n", was, was, was}},
-             {"n\np,c,1", {"n", was, was, was}},
-             {",p,c,1", {was, was, was, was}},
-             {"n," + std::string(40, 'p') + "," + std::string(70, 'c') + ",1",
-              {"n", std::string(31, 'p'), std::string(63, 'c'), "1"}},
-             {std::string(300, 'n'), {std::string(255, 'n'), was, was, was}}}) {
-        store["viewer_list_00"] = text;
-        viewer_entry list[10];
-        std::fill_n(list, 10, viewer("w", "w", "w", "w"));
-        memset(&list[1], 'z', sizeof list[1]);
-        uint8_t count = 0;
-        observe([&] { return viewer_get_config(&count, list); });
-        EXPECT_EQ(count, 1);
-        EXPECT_THAT((std::vector<std::string>{list[0].name, list[0].passcode, list[0].credential,
-                                              list[0].once}),
-                    ElementsAreArray(fields))
-            << text;
-        EXPECT_EQ(list[1].name[0], 'z');
-    }
-    // A field that neither the store nor the caller has terminated.
-    store["viewer_list_00"] = "n";
-    viewer_entry list[10];
-    memset(list, 'w', sizeof list);
+    std::vector<viewer_entry> list(10, was);
     uint8_t count = 0;
-    EXPECT_THAT(observe([&] { return viewer_get_config(&count, list); }).out,
-                HasSubstr("credential  = " + std::string(64, 'w') + "\n"));
+    return viewer_get_config(&count, list.data()) + count;
+}
+
+// The address of an entry that lives as long as the call it is given to.
+static const viewer_entry *at(const viewer_entry &entry) { return &entry; }
+
+static std::string key(size_t slot) { return "viewer_list_0" + std::to_string(slot); }
+static std::string cut(Text text) { return text.substr(0, text.size() - 1); }
+static const std::string GET = "[cfg_set viewer_get_config #] ", SET = "[cfg_set viewer_set_config #] ", END = GET + "param_get fail\n";
+
+static std::map<std::string, std::string> slots(const Calls &values)
+{
+    std::map<std::string, std::string> stored;
+    for (size_t i = 0; i < values.size(); i++)
+        stored[key(i)] = values[i];
+    return stored;
+}
+
+// The reports of a reading that finds these, each NAME,p,c,0 or a name alone.
+static std::string listed(const Calls &values)
+{
+    std::string text;
+    for (Text value : values) {
+        const bool whole = value.find(',') != std::string::npos;
+        text += GET + "name        = " + value.substr(0, value.find(',')) + "\n" + GET + "passcode    = " + (whole ? "p\n" : "\n") + GET + "credential  = " + (whole ? "c\n" : "\n");
+        text += GET + "once        = " + (whole ? "0\n" : "\n") + GET + "buf         = " + value + "\n";
+    }
+    return text;
+}
+
+// The reports of storing these.
+static std::string stored(const Calls &values, Text head = SET)
+{
+    std::string text;
+    for (size_t i = 0; i < values.size(); i++)
+        text += head + "nvram   = " + key(i) + "\n" + head + "buf     = " + values[i] + "\n";
+    return text;
+}
+
+static const std::string ANN = "ann,p,c,0", BOB = "bob,p,c,0", CAT = "cat,p,c,0";
+static const Calls TEN(10, ANN);
+
+TEST_F(ViewersTest, ListIsReadAsFarAsItsTextsAndPlacesGo)
+{
+    const auto row = [](Text text, Text read) { return Row{{{key(0), text}}, {}, CALL(read_over(viewer("w", "w", "w", "w"))), "1: " + read, {}, ""}; };
+    const auto n = [](size_t length, char c = 'n') { return std::string(length, c); };
+    check({
+        {{}, {},                        CALL(read_over(viewer("w"))), "0", {}, "", {key(0) + " 256"}},
+        {{{key(0), ANN}, {key(2), BOB}}, {}, CALL(read_over(viewer("w"))), "1: ann p c 0", {}, "", {key(0) + " 256", key(1) + " 256"}},
+        {slots(TEN), {},                CALL(reported(viewer("w"))), 10, {}, cut(listed(TEN))},
+        {slots({ANN, ""}), {},          CALL(reported(viewer("w"))), 1, {}, cut(listed({ANN}))},
+        {{}, {},                        CALL_AS(viewer_get_config, reported(viewer("w"))), 0, {}, "cfg_set param_get fail"},
+        {slots({",", ""}), {},          CALL_AS(viewer_get_config, reported(viewer(n(256, 'w'), n(32, 'w'), n(64, 'w'), "www"))), 1, {},
+         "cfg_set name        = " + n(256, 'w') + "\ncfg_set passcode    = " + n(32, 'w') + "\ncfg_set credential  = " + n(64, 'w') + "\ncfg_set once        = www\ncfg_set buf         = ,"},
+        row("A b,p,c,12", "A b p c 12"), row("n,p,c,123,4", "n p c 12"), row("n,p,c, \t1 2", "n p c 1"), row("n,p,c,", "n p c w"), row("n,p", "n p w w"), row("n", "n w w w"),
+        row("n,,c,1", "n w w w"), row("n\np,c,1", "n w w w"), row("n,p;c,1", "n p;c 1 w"), row(n(300), n(255) + " w w w"),
+        row(n(200) + "," + n(40, 'p') + ",c,1", n(200) + " " + n(31, 'p') + " c 1"), row("n,p," + n(70, 'c') + ",1", "n p " + n(63, 'c') + " 1"),
+    });
 }
 
 TEST_F(ViewersTest, AdditionIsStoredThenTold)
 {
-    store_viewers({"ann"});
-    store["viewer_list_02"] = "kept,p,c,0";
-    const Outcome added = add(viewer("Ann", "12", "key", "1"));
-    EXPECT_EQ(added.result, 0);
-    EXPECT_THAT(calls, ElementsAre("get viewer_list_00 256", "get viewer_list_01 256",
-                                   "set viewer_list_00=ann,p,c,0",
-                                   "set viewer_list_01=Ann,12,key,1", "relay 1 Ann"));
-    EXPECT_EQ(store["viewer_list_02"], "kept,p,c,0");
-    const std::string set = "[cfg_set viewer_set_config #] ";
-    EXPECT_EQ(after_the_list(added, "viewer_set_config"),
-              set + "nvram   = viewer_list_00\n" + set + "buf     = ann,p,c,0\n" + set +
-                  "nvram   = viewer_list_01\n" + set + "buf     = Ann,12,key,1\n" +
-                  "[cfg_set viewer_add_config #] add new viewer to nvram n = 1\n"
-                  "[cfg_set viewer_add_config #] add new viewer to relay server db.\n");
-
-    std::string record(360, '\0');
-    record.replace(0, 1, "\1")
-        .replace(4, 3, "Ann")
-        .replace(260, 2, "12")
-        .replace(292, 3, "key")
-        .replace(356, 1, "\1");
-    EXPECT_EQ(std::string(reinterpret_cast<const char *>(&relayed.at(0)), sizeof relayed[0]),
-              record);
-
-    relay_result = 1;
-    EXPECT_THAT(add(viewer("bob")).out,
-                EndsWith("[cfg_set viewer_add_config #] add new viewer to relay failed.\n"
-                         "[cfg_set viewer_add_config #] add new viewer to relay server db.\n"));
-    EXPECT_EQ(store["viewer_list_02"], "kept,p,c,0") << "the list had three entries by then";
-}
-
-TEST_F(ViewersTest, AdditionIsRefusedWithoutATrace)
-{
-    store_viewers({"ann", "bob"});
-    const auto refuse = [](const viewer_entry &entry, int result, const std::string &text) {
-        calls.clear();
-        const Outcome added = add(entry);
-        EXPECT_EQ(added.result, result) << text;
-        EXPECT_EQ(after_the_list(added, "viewer_add_config"),
-                  "[cfg_set viewer_add_config #] " + text + "\n");
-        EXPECT_THAT(recorded("set"), IsEmpty());
-        EXPECT_THAT(recorded("relay"), IsEmpty());
-    };
-    const std::string too_long = "viewer is too long";
-    refuse(viewer("bob", "other"), 0, "viewer has been in viewerlist");
-    refuse(viewer(std::string(250, 'n')), -1, too_long);
-    refuse(viewer(std::string(256, 'n')), -1, too_long); // not even terminated
-    EXPECT_EQ(add(viewer(std::string(249, 'n'))).result, 0);
-    // One that could not go back into the store whole, among those listed.
-    store["viewer_list_00"] = std::string(254, 'n');
-    refuse(viewer("eve"), -1, too_long);
-    store_viewers({"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"});
-    refuse(viewer("eve"), 10, "Viewer List (10) has achieved Max number");
+    const auto row = [](const viewer_entry &bad) { return Row{{}, {}, CALL(viewer_add_config(at(bad))), -1, {}, END + "cfg_set invalid viewer"}; };
+    const auto n = [](size_t length) { return std::string(length, 'n'); };
+    const auto added = [](const char *count) { return "cfg_set add new viewer to nvram n = " + std::string(count); };
+    const std::string told = "\ncfg_set add new viewer to relay server db.", set0 = "set " + key(0) + "=", set1 = "set " + key(1) + "=", longest = "a," + n(31) + "," + n(63) + ",123";
+    check({
+        {{{key(0), ANN}, {key(2), CAT}}, {}, CALL(viewer_add_config(at(viewer("Ann", "12", "key", "7")))), 0, {set0 + ANN, set1 + "Ann,12,key,7", "relay 1 Ann 12 key 7"},
+         listed({ANN}) + END + stored({ANN, "Ann,12,key,7"}) + added("1") + told},
+        {{}, {},                        CALL(viewer_add_config(at(viewer("a", "p", "c", "")))), 0, {set0 + "a,p,c,", "relay 1 a p c 0"}, END + stored({"a,p,c,"}) + added("0") + told},
+        {{}, {},                        CALL(viewer_add_config(at(viewer(n(249))))), 0, {set0 + n(249) + ",p,c,1", "relay 1 " + n(249) + " p c 1"}, END + stored({n(249) + ",p,c,1"}) + added("0") + told},
+        {slots({n(254)}), {},           CALL(viewer_add_config(at(viewer("ann")))), 0, {set0 + n(254) + ",", set1 + "ann,p,c,1", "relay 1 ann p c 1"},
+         listed({n(254)}) + END + stored({n(254) + ",", "ann,p,c,1"}) + added("1") + told},
+        {{}, {"set " + key(0)},         CALL(viewer_add_config(at(viewer("a")))), 0, {set0 + "a,p,c,1", "relay 1 a p c 1"}, END + stored({"a,p,c,1"}) + SET + "param_set fail\n" + added("0") + told},
+        {slots({ANN, BOB}), {},         CALL(viewer_add_config(at(viewer("bob", "", "", "")))), 0, {}, listed({ANN, BOB}) + END + "cfg_set viewer has been in viewerlist"},
+        {slots(TEN), {},                CALL(viewer_add_config(at(viewer("ann")))), 10, {}, listed(TEN) + "cfg_set Viewer List (10) has achieved Max number"},
+        row(viewer("")), row(viewer("a,b")), row(viewer("a\nb")), row(viewer(n(250))), row(viewer(n(256), "", "", "")),
+        row(viewer("a", "")), row(viewer("a", "p,")), row(viewer("a", "\n")), row(viewer("a", n(32))),
+        row(viewer("a", "p", "")), row(viewer("a", "p", ",c")), row(viewer("a", "p", "c\n")), row(viewer("a", "p", n(64))),
+        {{}, {"relay"},                 CALL(viewer_add_config(at(viewer("a", n(31), n(63), "123")))), 0, {set0 + longest, "relay 1 a " + n(31) + " " + n(63) + " 123"},
+         END + stored({longest}) + added("0") + "\ncfg_set add new viewer to relay failed." + told},
+    });
 }
 
 TEST_F(ViewersTest, DeletionIsToldThenStored)
 {
-    store_viewers({"ann", "bob", "cat"});
-    relay_result = -1;
-    const Outcome deleted = del(viewer("bob", "other", "", "7"));
-    EXPECT_EQ(deleted.result, 0);
-    const std::vector<std::string> made(calls.begin() + 4, calls.end());
-    EXPECT_THAT(made, ElementsAre("relay 2 bob", "unset viewer_list_00", "unset viewer_list_01",
-                                  "unset viewer_list_02", "set viewer_list_00=ann,p,c,0",
-                                  "set viewer_list_01=cat,p,c,0"));
-    EXPECT_STREQ(relayed.at(0).passcode, "other");
-    EXPECT_EQ(relayed[0].once, 7);
-    const std::string head = "[cfg_set viewer_del_config #] ";
-    EXPECT_THAT(after_the_list(deleted, "viewer_del_config"),
-                testing::StartsWith(head + "index i[0] is not that viewer\n" + head +
-                                    "deleted viewer has found:bob\n" + head +
-                                    "delete viewer from relay server failed.\n" + head +
-                                    "delete viewer from relay server success.\n" + head +
-                                    "index i[2] is not that viewer\n" + head +
-                                    "clear viewer  in nvram:viewer_list_00\n"));
-
-    store_viewers({"ann", "ann", "cat"});
-    del(viewer("ann"));
-    EXPECT_EQ(relayed.size(), 3U);
-    EXPECT_EQ(store["viewer_list_00"], "cat,p,c,0");
-    EXPECT_EQ(store.size(), 1U);
-}
-
-TEST_F(ViewersTest, DeletionThatCannotBeDoneChangesNothing)
-{
-    store_viewers({"ann", "bob"});
-    EXPECT_THAT(del(viewer("Bob")).out, EndsWith("viewer has not been in viewerlist:2\n"));
-    store["viewer_list_00"] = std::string(254, 'n');
-    EXPECT_THAT(del(viewer("bob")).out,
-                EndsWith("[cfg_set viewer_del_config #] viewer is too long\n"));
-    EXPECT_THAT(recorded("unset"), IsEmpty());
-    EXPECT_THAT(recorded("relay"), IsEmpty());
-    del(viewer(std::string(254, 'n'))); // the one that is in the way can go
-    EXPECT_EQ(store, (std::map<std::string, std::string>{{"viewer_list_00", "bob,p,c,0"}}));
+    const auto keeps = [](const char *index) { return "cfg_set index i[" + std::string(index) + "] is not that viewer\n"; };
+    const auto clears = [](const char *slot) { return "cfg_set clear viewer  in nvram:viewer_list_0" + std::string(slot) + "\n"; };
+    const std::string failed = "cfg_set delete viewer from relay server failed.\n", told = "cfg_set delete viewer from relay server success.\n", found = "cfg_set deleted viewer has found:";
+    const std::string cleared = clears("0") + clears("1");
+    check({
+        {slots({ANN, BOB, CAT}), {"relay"}, CALL(viewer_del_config(at(viewer("bob", "other", "", "7")))), 0,
+         {"relay 2 bob other  7", "unset " + key(0), "unset " + key(1), "unset " + key(2), "set " + key(0) + "=" + ANN, "set " + key(1) + "=" + CAT},
+         listed({ANN, BOB, CAT}) + END + keeps("0") + found + "bob\n" + failed + told + keeps("2") + cleared + clears("2") + cut(stored({ANN, CAT}))},
+        {slots({ANN, ANN}), {"unset " + key(0)}, CALL(viewer_del_config(at(viewer("ann")))), 0, {"relay 2 ann p c 1", "relay 2 ann p c 1", "unset " + key(0), "unset " + key(1)},
+         listed({ANN, ANN}) + END + found + "ann\n" + told + found + "ann\n" + told + cut(cleared)},
+        {slots({"ann of 1,p,c,0", ""}), {}, CALL(viewer_del_config(at(viewer("ann of 12")))), 0, {}, listed({"ann of 1,p,c,0"}) + keeps("0") + "cfg_set viewer has not been in viewerlist:1"},
+        {slots({"ann of 12,p,c,0", ""}), {}, CALL(viewer_del_config(at(viewer("ann of 13")))), 0, {}, listed({"ann of 12,p,c,0"}) + keeps("0") + "cfg_set viewer has not been in viewerlist:1"},
+        {slots({ANN, ""}), {},          CALL(viewer_del_config(at(viewer("Ann")))), 0, {}, listed({ANN}) + keeps("0") + "cfg_set viewer has not been in viewerlist:1"},
+        {{}, {},                        CALL(viewer_del_config(at(viewer("ann")))), 0, {}, END + "cfg_set viewer has not been in viewerlist:0"},
+    });
 }
 
 TEST_F(ViewersTest, SetterStoresAllOrNothingThatIsTooLong)
 {
-    const viewer_entry list[] = {viewer("ann"), viewer("bob"), viewer(std::string(250, 'n'))};
-    const auto set = [&](uint8_t count) {
-        return observe([&] { return viewer_set_config(count, list); }).out;
-    };
-    EXPECT_EQ(set(3), "[cfg_set viewer_set_config #] viewer is too long\n");
-    EXPECT_THAT(calls, IsEmpty());
-    refused = {"set viewer_list_00"};
-    EXPECT_THAT(set(2),
-                EndsWith("buf     = ann,p,c,1\n[cfg_set viewer_set_config #] param_set fail\n"));
-    EXPECT_THAT(calls, ElementsAre("set viewer_list_00=ann,p,c,1"));
+    const std::vector<viewer_entry> list = {viewer("ann"), viewer("bob"), viewer(std::string(250, 'n'))};
+    const std::string a = "ann,p,c,1", b = "bob,p,c,1", set0 = "set " + key(0) + "=" + a, both = stored({a, b}, "cfg_set "), first = stored({a}, "cfg_set "), p(32, 'p'), c(64, 'c'), whole = "a," + p + "," + c + ",123";
+    check({
+        {{}, {},                CALL(viewer_set_config(0, list.data())), 0, {}, ""},
+        {{}, {},                CALL(viewer_set_config(2, list.data())), 0, {set0, "set " + key(1) + "=" + b}, cut(both)},
+        {{}, {"set " + key(0)}, CALL(viewer_set_config(2, list.data())), 0, {set0}, first + "cfg_set param_set fail"},
+        {{}, {},                CALL(viewer_set_config(1, at(viewer("a", p, c, "123")))), 0, {"set " + key(0) + "=" + whole}, cut(stored({whole}, "cfg_set "))}, // no field has an end
+        {{}, {},                CALL(viewer_set_config(3, list.data())), 0, {}, "cfg_set viewer is too long"},
+    });
 }
+// clang-format on

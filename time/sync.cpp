@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+using namespace cfg_set;
+
 constexpr size_t COMMAND_SIZE = 256;
 
 // Adds the server stored under `key`, as far as it fits, to the command line of
@@ -9,7 +11,7 @@ constexpr size_t COMMAND_SIZE = 256;
 static size_t add_server(const char *key, char *command, size_t length)
 {
     char server[VALUE_SIZE] = "";
-    if (param_get(key, server, sizeof server) != 0 || !*server)
+    if (param_get(key, server, sizeof server) != 0 || !*server || !harmless(server, SERVER_WORD))
         return length;
     if (length < COMMAND_SIZE)
         format(command + length, COMMAND_SIZE - length, " -p %s", server);

@@ -6,6 +6,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+using namespace cfg_set;
+
 constexpr size_t ROW_SIZE = 512;
 constexpr size_t COMMAND_SIZE = 256;
 constexpr int OFFSET_MAX = 1440; // minutes, either way
@@ -24,7 +26,7 @@ static void copy_tz_string(const char *rest, char *out)
     out[length] = '\0';
 }
 
-int lookup_tz_string(const char *name, char *out)
+int cfg_set::lookup_tz_string(const char *name, char *out)
 {
     FILE *table = fopen("/etc_ro/time_zone", "r");
     if (!table)
@@ -44,9 +46,12 @@ int lookup_tz_string(const char *name, char *out)
 // time to give GMT, so zones east of Greenwich have a minus.
 static void gmt_string(int offset_minutes, bool daylight_saving, char *out)
 {
-    const int minutes = abs(offset_minutes);
-    format(out, TZ_STRING_SIZE, "GMT%s%02d%02d%s", offset_minutes < 0 ? "+" : "-", minutes / 60,
-           minutes % 60, daylight_saving ? "DST,M4.1.0/2,M10.5.0/2" : "");
+    int hours = 0;
+    int minutes = abs(offset_minutes);
+    for (; minutes >= 60; minutes -= 60) // the camera's processor does not divide
+        hours++;
+    format(out, TZ_STRING_SIZE, "GMT%s%02d%02d%s", offset_minutes < 0 ? "+" : "-", hours, minutes,
+           daylight_saving ? "DST,M4.1.0/2,M10.5.0/2" : "");
 }
 
 // Tells the relay client the zone's name; reports for the caller.
@@ -55,7 +60,7 @@ static void notify_relay(const char *zone, const char *function, int line)
     const size_t size = strlen(zone) + sizeof "{\"timezone\":\"\"}";
     char *message = (char *)malloc(LENGTH_FIELD + size);
     if (!message) {
-        printf("[%s %d] Fail to allocate memory\n", function, line);
+        report(function, line, "Fail to allocate memory");
         return;
     }
     const uint32_t length = (uint32_t)(size - 1);
@@ -66,7 +71,7 @@ static void notify_relay(const char *zone, const char *function, int line)
         appipc_send(relay, 0, RELAY_TIME_ZONE, LENGTH_FIELD + length, message);
         appipc_destroy(relay);
     } else {
-        printf("[%s %d] Fail to connect to relaycli\n", function, line);
+        report(function, line, "Fail to connect to relaycli");
     }
     free(message);
 }
@@ -96,7 +101,8 @@ int cfg_setTimeZoneDst(int offset_minutes, uint32_t dst)
     char command[COMMAND_SIZE];
     format(command, sizeof command, "%s /tmp/localtime", copy);
     run("rm -rf /etc/localtime");
-    run(command);
+    if (harmless(zone, ZONE_WORD))
+        run(command);
     fclose(file); // the line gets there now: who sees it can read the zone file too
     notify_relay(zone, HERE);
     return 0;

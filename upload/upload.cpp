@@ -7,8 +7,10 @@
 #include <time.h>
 #include <unistd.h>
 
-constexpr key_t SIGNAL_KEY = 0x20130005;
-constexpr key_t ACCOUNT_KEY = 0x20130003;
+using namespace cfg_set;
+
+constexpr key_t SMBU_MSG_KEY = 0x20130005;
+constexpr key_t ACCOUNT_MSG_KEY = 0x20130003;
 
 constexpr int WAKE_UP = 1;
 constexpr int EVENT = 2;
@@ -23,7 +25,7 @@ constexpr int MODE_ALONE = 3;  // neither started nor woken from here
 
 // The records as the receivers know them, behind a type of the platform's `long`.
 struct signal_message {
-    long type;
+    long mtype;
     uint32_t time; // seconds since the epoch
 };
 constexpr size_t SIGNAL_SIZE = 4;
@@ -32,7 +34,7 @@ static_assert(offsetof(signal_message, time) == sizeof(long), "the time follows 
 constexpr long ACCOUNT_TYPE = 1;
 constexpr uint16_t ACCOUNT_CODE = 11;
 struct account_message {
-    long type;
+    long mtype;
     uint16_t code;
     uint16_t reserved1;
     uint32_t reserved2[2];
@@ -56,9 +58,9 @@ static void post(key_t key, const void *message, size_t size)
 static void signal_daemon(int code)
 {
     signal_message message = {};
-    message.type = code;
+    message.mtype = code;
     message.time = (uint32_t)time(nullptr);
-    post(SIGNAL_KEY, &message, SIGNAL_SIZE);
+    post(SMBU_MSG_KEY, &message, SIGNAL_SIZE);
 }
 
 static void send_account()
@@ -66,10 +68,10 @@ static void send_account()
     char account[VALUE_SIZE] = "";
     param_get("gdu_account", account, sizeof account);
     account_message message = {};
-    message.type = ACCOUNT_TYPE;
+    message.mtype = ACCOUNT_TYPE;
     message.code = ACCOUNT_CODE;
     format(message.text, sizeof message.text, "%s", account);
-    post(ACCOUNT_KEY, &message, ACCOUNT_SIZE);
+    post(ACCOUNT_MSG_KEY, &message, ACCOUNT_SIZE);
 }
 
 static void start_and_wait(const char *command)
@@ -225,11 +227,12 @@ int smbu_get_config(char *user, int user_len, char *target, int target_len, char
 
 int smbu_add_recovery_job(const char *path)
 {
-    const char *name = strrchr(path, '/');
-    char marker[128];
-    if (!name || !format(marker, sizeof marker, "%s.smbu%s", "/mnt/sdcard/video/", name))
+    const char *name = path ? strrchr(path, '/') : nullptr;
+    if (!name)
         return -1;
-    // Without a dot in the name this is the folder's own.
+    char marker[128]; // a longer path is cut there
+    format(marker, sizeof marker, "%s.smbu%s", "/mnt/sdcard/video/", name);
+    // Without a dot in what is left of the name this is the folder's own.
     char *dot = strrchr(marker, '.');
     if (!format(dot, sizeof marker - (size_t)(dot - marker), ".rcy"))
         return -1;

@@ -1,50 +1,36 @@
-# shellcheck shell=bash disable=SC2034,SC2154
+# shellcheck shell=bash disable=SC2016,SC2034
 # Sourced by scripts/demo: what the detection and recording daemons are told,
 # privacy mode, lamps.
 
-boot "The camera restarts: its restorers also post messages to the detection daemons." restart
-step "Nobody has taken them yet; the monitor does, in the daemons' place." \
-    cfgctl monitor --count 3
-so "PIR detection is on" "printed   type 2 command 2 value 0: PIR detection on"
-so "sound detection is off" "printed   type 4 command 5 value 0: sound detection off"
-so "at its middle sensitivity" 'printed   type 4 command 3 value 0 param "1": sound sensitivity'
-
 awaited=("signal 38 ")
-step "The app switches PIR detection off." \
-    sh -c 'cfgctl set alert_pir_enable 0; cfgctl monitor --count 1'
-so "stored" "stored    alert_pir_enable=0"
-so "the detection daemon is told" "printed   type 2 command 3 value 0: PIR detection off"
-so "the motion-tracking engine is signalled" "signalled 38 GMMdVideo"
-so "committed" "saved     the store"
+step "The app switches PIR detection off." cfgctl set alert_pir_enable 0
+so "the PIR daemon took a message that says so" "took type 2 command 3 value 0: PIR detection off"
+so "and the motion-tracking engine got its signal" "signalled 38 GMMdVideo"
 
-step "The owner comes home and wants privacy." \
-    sh -c 'cfgctl privacy on; cfgctl monitor --count 4'
-in_order "motor and LED first, then peer connection and playback" \
+step "The owner comes home and wants privacy." cfgctl privacy on
+in_order "the motor turned away and the LED said so; then streaming and playback were stopped" \
     "MotorCtrlApp privacy 1" "LEDCtrlApp power PRIVACY_ON" "killall -SIGHUP peerconn" \
     "killall AudioPlayback" "killall -SIGUSR2 ffplay"
-so "stored before anything was done" "stored    orb_privacy_mode_enable=1"
-so "all who listen know" "printed   type 1 command 7 value 1: privacy event"
-so "the recorder" "printed   type 7 command 5 value 0: recording: privacy mode entered"
-so "the PIR daemon" "printed   type 2 command 4 value 0: PIR: privacy mode entered"
-so "the sound daemon" "printed   type 4 command 6 value 0: sound: privacy mode entered"
-step "Asked again, it has nothing to do." cfgctl privacy on
-in_order "nothing ran"
-step "What the camera says of itself now:" cfgctl probe
-so "infrared is off" "printed   ir_mode                  0"
-so "privacy is on" "printed   cfg_isPrivacyMode        1"
+so "whoever listens for privacy events was told" "took type 1 command 7 value 1: privacy event"
+so "the recorder was told that privacy begins" "took type 7 command 5 value 0: recording: privacy mode entered"
+so "the PIR daemon was" "took type 2 command 4 value 0: PIR: privacy mode entered"
+so "and the sound daemon was" "took type 4 command 6 value 0: sound: privacy mode entered"
+so "the infrared driver's file was written" "wrote /proc/ir_mode"
+step "Asked again, there is nothing to do." cfgctl privacy on
+in_order "no tool ran a second time"
+step "What does the camera say of itself now?" cfgctl probe
+so "infrared is off" "printed ir_mode 0"
+so "privacy mode is on" "printed cfg_isPrivacyMode 1"
 
-step "The owner leaves." sh -c 'cfgctl privacy off; cfgctl monitor --count 4'
-in_order "the way back, with the lamps that this board has" \
-    "MotorCtrlApp privacy 0" "LEDCtrlApp power PRIVACY_OFF" "board hwver" "board hwver" \
-    "killall -SIGPROF peerconn"
-so "all who listen know" "printed   type 1 command 7 value 0: privacy event"
-so "the recorder goes on" "printed   type 7 command 7 value 0: recording: privacy mode left"
-step "Infrared is back at what is stored." cfgctl probe
-so "the driver's number for automatic" "printed   ir_mode                  2"
+step "The owner leaves." cfgctl privacy off
+in_order "motor, LED and streaming came back" \
+    "MotorCtrlApp privacy 0" "LEDCtrlApp power PRIVACY_OFF" "killall -SIGPROF peerconn"
+so "the recorder was told to go on" "took type 7 command 7 value 0: recording: privacy mode left"
 
-step "The Rlamp takes its mode 3 only when that is stored, too." cfgctl lamp rlamp 3
-so "so not now" "reported  cfgctl: rlamp did not take mode 3"
+step "A lamp is asked for a mode that is not stored for it." cfgctl lamp rlamp 3
+so "it did not take the mode, and cfgctl says so" "reported cfgctl: rlamp did not take mode 3"
 
-boot "The camera restarts once more." restart
-step "PIR detection, saved as off, was restored as off." cfgctl monitor --count 1
-so "off" "printed   type 2 command 3 value 0: PIR detection off"
+step "A developer looks at the messages in the daemons' place, while the app posts one." sh -c \
+    'cfgctl monitor --count 1 & sleep 0.2; cfgctl rec 9 hello; wait'
+so "the daemons stepped aside for the monitor" \
+    'printed type 7 command 9 value 0 param "hello": recording'

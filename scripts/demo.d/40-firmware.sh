@@ -22,15 +22,15 @@ printf '\nA firmware image for this board and another is built (mkimage -n xq7h0
 build_image xq7h0c v5.1.0
 
 step "Is it newer than what runs?" cfgctl firmware downloaded
-so "it is" "printed   v5.1.0"
+so "its version v5.1.0 is newer than what runs" "printed   v5.1.0"
 step "Is it whole, and for this board?" cfgctl firmware check /mnt/sdcard/upgrade/upgrade.bin
-so "it is for this board" "printed   board   ok"
-so "its header is whole" "printed   header  ok"
-so "and the rest is" "printed   image   ok"
+so "the board in its header is this board" "printed   board   ok"
+so "the checksum of its header is right" "printed   header  ok"
+so "and so is the one of everything behind it" "printed   image   ok"
 stated_checksum=$(checksum_of_payload)
 step "The checksum of what follows the header:" \
     cfgctl crc /mnt/sdcard/upgrade/upgrade.bin --skip 64
-so "gzip computes the same" "printed   $stated_checksum"
+so "gzip, which knows nothing of images, computes the same" "printed   $stated_checksum"
 
 printf '\nOne bit of it is damaged on the card.\n'
 byte=$(od -An -tu1 -j12345 -N1 "$upgrade/upgrade.bin")
@@ -38,17 +38,17 @@ byte=$(od -An -tu1 -j12345 -N1 "$upgrade/upgrade.bin")
 printf "\\$(printf %o $((byte ^ 1)))" |
     dd of="$upgrade/upgrade.bin" bs=1 seek=12345 conv=notrunc status=none
 step "Is it still whole?" cfgctl firmware check /mnt/sdcard/upgrade/upgrade.bin
-so "its header is" "printed   header  ok"
-so "the rest is not, by gzip's count as well" "printed   image   failed  its checksum is \
+so "the header still is whole, since the damage is behind it" "printed   header  ok"
+so "the rest is not, and gzip computes the same wrong checksum" "printed   image   failed  its checksum is \
 $(checksum_of_payload), the header states $stated_checksum"
 
 build_image xq7h03 v5.0.9
 step "An image for other boards is refused before anything else of it is looked at." \
     cfgctl firmware check /mnt/sdcard/upgrade/upgrade.bin
-so "for their sake" \
+so "cfgctl names the board it is for and this one" \
     'printed   board  failed  it is for "xq7h03", this board is "xq7h0c"'
 step "It is older than what runs, too." cfgctl firmware downloaded
-so "so it does not count" \
+so "it counts as no download, and was deleted" \
     "reported  cfgctl: no newer firmware is downloaded; what there was of one is deleted"
 step "What is left of it on the card?" sh -c 'ls /mnt/sdcard/upgrade | wc -l'
-so "nothing" "printed   0"
+so "nothing is left of the refused download" "printed   0"

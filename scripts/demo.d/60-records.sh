@@ -1,39 +1,34 @@
 # shellcheck shell=bash disable=SC2154
 # Sourced by scripts/demo: the app's records and the upload daemon.
 
-step "The app registers a viewer." cfgctl viewer add Ann 1234 s3cret 1
-so "the viewer is stored" "stored    viewer_list_00=Ann,1234,s3cret,1"
-so "and the relay server was told" \
-    "relay     viewer add name=Ann passcode=1234 credential=s3cret once=1"
+step "The app lets Ann watch." cfgctl viewer add Ann 1234 s3cret 1
+so "Ann is in the first slot of the stored list" "stored viewer_list_00=Ann,1234,s3cret,1"
+so "and the relay server will let her in" \
+    "relay viewer add name=Ann passcode=1234 credential=s3cret once=1"
 
-step "The same name again keeps the entry as it is." cfgctl viewer add Ann 9 9
-so "cfgctl says so" "reported  cfgctl: Ann is a viewer already, and kept as it is"
-
-step "A schedule for five days, 8:00 to 18:00, a field wrong." \
+step "A schedule for five days, 8:00 to 18:00, its end mistyped." \
     sh -c 'echo 1,0,0,480,1800,62,1 | cfgctl schedule set'
-so "the entry and the field are named" \
-    "reported  cfgctl: entry 1: stoptime 1800 is out of range; nothing is changed"
-in_order "and nothing ran"
+so "cfgctl names the entry and the field, and changed nothing" \
+    "reported cfgctl: entry 1: stoptime takes a number from 0 to 1440, or HH:MM, not 1800; \
+nothing is changed"
 
-step "And put right." sh -c 'echo 1,0,0,480,1080,62,1 | cfgctl schedule set'
-so "the schedule is stored" "stored    sched00=1,0,0,480,1080,62,1"
-in_order "the controller was told to read it anew" "killall -35 ctrl_sched"
+step "And put right." sh -c 'echo 1,0,0,480,1080,62,1 | cfgctl schedule set; cfgctl schedule list'
+in_order "the scheduler was told to read it anew" "killall -35 ctrl_sched"
+so "the list shows 08:00 to 18:00" "printed 0 1 0 0 08:00 18:00 62 1"
 
-step "The list, for people:" cfgctl schedule list
-so "08:00 to 18:00" \
-    "printed   0     1       0       0       08:00      18:00     62    1"
-
-step "A greeting from the card is checked first." \
+step "The app chooses a greeting from the card." \
     cfgctl sound greeting /mnt/sdcard/morvenix/en/speech/hello.aac
-in_order "by AudioCheck" "AudioCheck 32000 /mnt/sdcard/morvenix/en/speech/hello.aac"
-so "and becomes the alert sound too, the greeting being on" \
-    "stored    alert_file=/mnt/sdcard/morvenix/en/speech/hello.aac"
+in_order "AudioCheck was asked whether it can be played" \
+    "AudioCheck 32000 /mnt/sdcard/morvenix/en/speech/hello.aac"
+so "and the choice is stored" "stored greeting_audio=/mnt/sdcard/morvenix/en/speech/hello.aac"
 
-step "The upload is switched on." sh -c 'cfgctl upload config mode=1; cfgctl upload status'
-in_order "the daemon was started" smbu
-so "it runs" "printed   running  true"
-so "and was told that the upload is on" "upload    signal 7"
+step "The upload to a network share is switched on." \
+    sh -c 'cfgctl upload config mode=1; cfgctl upload status'
+in_order "the upload daemon was started" smbu
+so "it runs in the background" "printed running yes"
+so "and it was told that the upload is on" "upload signal 7"
 
-step "The viewer goes; the relay is told before the store." cfgctl viewer del Ann
-so "the relay was told" "relay     viewer delete name=Ann passcode=1234 credential=s3cret once=1"
-so "the slot is empty" "removed   viewer_list_00"
+step "Ann has seen enough." cfgctl viewer del Ann
+so "the relay server was told to lock her out" \
+    "relay viewer delete name=Ann passcode=1234 credential=s3cret once=1"
+so "and her slot is empty" "removed viewer_list_00"

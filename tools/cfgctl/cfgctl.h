@@ -1,13 +1,13 @@
 // cfgctl: the library's functions on the command line. This header is what
-// its verbs share; main.cpp holds the table of verbs.
+// its verbs share; main.cpp reads the words, table.cpp says what they mean.
 #pragma once
 
-#include <cstdio>
+#include "help.h"
+
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <string>
-#include <vector>
+#include <stdexcept>
 
 namespace cfgctl
 {
@@ -16,89 +16,93 @@ enum Exit { OK = 0, NOT_FOUND = 1, USAGE = 2, STORE_FAILED = 3, APPLY_FAILED = 4
 
 using Json = nlohmann::ordered_json;
 
-// One call as the command line gave it.
+// One call as the command line gave it, and what it leaves to be printed.
 struct Call {
-    std::vector<std::string> arguments;         // after the verb
-    std::map<std::string, std::string> options; // with their dashes; the value, or nothing
-    bool json = false;
+    const Action *action = nullptr;
+    std::vector<std::string> words;       // checked
+    unsigned options = 0;                 // those given
+    std::map<unsigned, uint32_t> numbers; // of options that take one
 
-    [[nodiscard]] bool has(const std::string &option) const
+    Exit status = OK;
+    Json data;                       // the answer; null when something was done instead
+    std::optional<std::string> text; // the answer for people, when it is not the data as a table
+    std::vector<std::string> fields; // of data that is an array, as columns
+    bool printed = false;            // by the verb itself
+    Json done = Json::object();      // what --json says of what was done, beside the words
+
+    [[nodiscard]] bool has(unsigned option) const
     {
-        return options.count(option) != 0;
+        return (options & option) != 0;
+    }
+    [[nodiscard]] uint32_t option(unsigned option) const
+    {
+        return has(option) ? numbers.at(option) : 0;
+    }
+    void answer(Json json, const std::string &for_people)
+    {
+        data = std::move(json);
+        text = for_people + "\n";
     }
 };
 
-struct Verb {
-    const char *name;
-    const char *arguments;            // as usage shows them
-    std::vector<std::string> options; // "--name", or "--name VALUE" when it takes one
-    size_t least;                     // arguments
-    size_t most;
-    const char *summary;
-    int (*run)(const Call &call);
+// What ends a verb without success.
+struct Failure : std::runtime_error {
+    Failure(Exit with, const std::string &text) : std::runtime_error(text), status(with) {}
+    Exit status;
 };
 
-int get(const Call &call);
-int set(const Call &call);
-int restore(const Call &call);
-int show(const Call &call);
-int board(const Call &call);
-int prompt(const Call &call);
-int alert_sound(const Call &call);
-int privacy(const Call &call);
-int night(const Call &call);
-int lamp(const Call &call);
-int probe(const Call &call);
-int rec(const Call &call);
-int monitor(const Call &call);
-int events(const Call &call);
-int status(const Call &call);
-int firmware(const Call &call);
-int speech(const Call &call);
-int crc(const Call &call);
-int wifi(const Call &call);
-int link_status(const Call &call);
-int time_control(const Call &call);
-int upload(const Call &call);
-int schedule(const Call &call);
-int alarm_clock(const Call &call);
-int viewer(const Call &call);
-int sound(const Call &call);
-int feature(const Call &call);
-
-// The one setting whose setter stores it.
-constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable";
-
-// Data goes here and nowhere else: the caller's standard output. While a verb
-// runs, what the library and its commands print on standard output goes to
-// standard error.
-void print(const std::string &text);
-void print_json(const Json &json);
-// Hands on what was printed, for verbs that go on; false when it cannot be.
-bool flush();
-
-// The members of an object, a line each for people. Returns OK.
-int print_object(const Call &call, const Json &json);
-
-// A number or text as people read it.
-std::string text_of(const Json &value);
+[[noreturn]] void fail(Exit status, const std::string &text);
 
 // "cfgctl: TEXT" on standard error.
 void complain(const std::string &text);
 
-// Rows as columns, each as wide as its widest cell.
-std::string columns(const std::vector<std::vector<std::string>> &rows);
+// Data goes here and nowhere else: the caller's standard output. While a verb
+// runs, what the library and its commands print there goes to standard error.
+// False when it cannot be handed on.
+bool print(const std::string &text);
 
-// The whole text as a decimal number of 32 bits.
-std::optional<uint32_t> number(const std::string &text);
+// In one line or, with an indent, several; what is no UTF-8 becomes U+FFFD.
+std::string text_of(const Json &json, int indent = -1);
 
-// The whole text as a decimal number of 32 bits with a sign.
-std::optional<int32_t> integer(const std::string &text);
+// The members of an object, a line each; or the fields of an array's objects,
+// with headings. A field that they do not have numbers the rows.
+std::string table(const Json &json, const std::vector<std::string> &fields = {});
 
-// Saves the store unless the call says --no-save: the last step of a change.
-int save(const Call &call);
+// "; did you mean WORD?", or nothing when no known word is like it.
+std::string nearest(const std::string &word, const std::vector<std::string> &known);
 
-// A stored value, as far as 4095 characters.
+const Action *find_action(const std::string &verb, const std::string &name);
+const Setting *find_setting(const std::string &key);
+
+// Ends with USAGE unless the text is what the word takes.
+void check(const Word &word, const std::string &text);
+
+// The whole text as a decimal number; as that or the minutes of HH:MM.
+std::optional<int64_t> number(const std::string &text);
+std::optional<int64_t> minutes(const std::string &text);
+
+std::string lower(std::string text);
+
+// What stands for a secret that is not shown.
+constexpr const char *HIDDEN = "***";
+
+// The first line of a file, empty when it cannot be read.
+std::string first_line(const std::string &path);
+
+// A stored value, whole.
 std::optional<std::string> stored(const std::string &key);
+
+// Ends with STORE_FAILED unless the value is stored.
+void require_stored(const std::string &key, const std::string &value);
+
+// The daemons' queue.
+constexpr int QUEUE_KEY = 5678;
+
+// Ends with APPLY_FAILED when the daemons' queue has no room for the messages.
+void require_room(unsigned messages);
+
+// The steps of set: stores, and applies unless the call says otherwise.
+// "applied" when that was seen, "called" when the setter ran, "stored".
+const char *change(const Call &call, const std::string &key, const std::string &value);
 
 } // namespace cfgctl

@@ -1,4 +1,4 @@
-// events, status: the event ring and the device status.
+// events: the event ring.
 
 #include "cfgctl.h"
 
@@ -6,176 +6,85 @@
 #include "events/storage.h"
 
 #include <algorithm>
-#include <ctime>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 
 namespace cfgctl
 {
 
-namespace
-{
-
 constexpr uint32_t TYPE_MAX = 4; // that the loader takes
 
-std::string utc(uint32_t seconds)
+static void require(int result, const char *otherwise)
 {
-    const time_t time = seconds;
-    tm parts = {};
-    gmtime_r(&time, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
-    return text;
+    if (result != 0)
+        fail(APPLY_FAILED, otherwise);
 }
 
-std::string table(const std::vector<EventQueueEntry> &events)
+static Json entry(const EventQueueEntry &event)
 {
-    std::vector<std::vector<std::string>> rows = {{"INDEX", "TIME (UTC)", "TYPE"}};
-    for (size_t i = 0; i < events.size(); i++)
-        rows.push_back({std::to_string(i), utc(events[i].time), std::to_string(events[i].type)});
-    return columns(rows);
+    return {{"time", event.time}, {"type", event.type}};
 }
 
-Json json_list(const std::vector<EventQueueEntry> &events)
+void events_list(Call &call)
 {
-    Json list = Json::array();
-    for (const EventQueueEntry &event : events)
-        list.push_back({{"type", event.type}, {"time", event.time}});
-    return list;
-}
-
-int list(const Call &call)
-{
-    std::vector<EventQueueEntry> events;
     EventQueueEntry event = {};
+    call.data = Json::array();
+    call.fields = {"index", "time", "type"};
     for (uint32_t i = 0; cfg_getEvent(i, &event) == 0; i++)
-        events.push_back(event);
+        call.data.push_back(entry(event));
     // Asked again: one may have been added since.
-    if (events.empty() && cfg_isEventQueueEmpty() != 1 && cfg_getEvent(0, &event) != 0) {
-        complain("the events cannot be read");
-        return NOT_FOUND;
-    }
-    if (call.json)
-        print_json(json_list(events));
-    else
-        print(table(events));
-    return OK;
+    if (call.data.empty() && cfg_isEventQueueEmpty() != 1 && cfg_getEvent(0, &event) != 0)
+        fail(NOT_FOUND, "the events cannot be read");
 }
 
-int add(const std::string &given)
+void events_add(Call &call)
 {
-    const auto type = number(given);
-    if (!type) {
-        complain("an event's type is a number, not " + given);
-        return USAGE;
-    }
-    if (*type > TYPE_MAX)
-        complain("with an event of type " + given + " a restart will refuse all events");
-    if (cfg_enqueueEvent(*type) != 0) {
-        complain("the event was not added");
-        return APPLY_FAILED;
-    }
-    return OK;
+    const auto type = static_cast<uint32_t>(*number(call.words[0]));
+    if (type > TYPE_MAX)
+        complain("with an event of type " + call.words[0] + " a restart will refuse all events");
+    require(cfg_enqueueEvent(type), "the event was not added");
 }
 
-int drop(const std::string &given)
+void events_drop(Call &call)
 {
-    const auto count = number(given);
-    if (!count) {
-        complain("drop takes a number of events, not " + given);
-        return USAGE;
-    }
-    if (cfg_dequeueEvent(*count) != 0) {
-        complain("no event was dropped");
-        return APPLY_FAILED;
-    }
-    return OK;
+    require(cfg_dequeueEvent(static_cast<uint32_t>(*number(call.words[0]))),
+            "no event was dropped");
 }
 
-int clear()
+void events_clear(Call &)
 {
-    if (cfg_dequeueAllEvent() != 0) {
-        complain("no event was dropped");
-        return APPLY_FAILED;
-    }
-    return OK;
+    require(cfg_dequeueAllEvent(), "no event was dropped");
 }
 
-int dump(const Call &call, const std::string &path)
+void events_dump(Call &call)
 {
-    EventQueue ring = {};
+    const std::string &path = call.words[0];
+    cfg_set::EventQueue ring = {};
     std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        complain(path + " cannot be opened");
-        return NOT_FOUND;
-    }
+    if (!file)
+        fail(NOT_FOUND, path + ": " + std::strerror(errno));
     file.read(reinterpret_cast<char *>(&ring), sizeof ring);
-    if (file.gcount() != sizeof ring) {
-        complain(path + " is refused: it has " + std::to_string(file.gcount()) + " of " +
-                 std::to_string(sizeof ring) + " bytes");
-        return NOT_FOUND;
-    }
+    if (file.gcount() != sizeof ring)
+        fail(NOT_FOUND, path + " is refused: it has " + std::to_string(file.gcount()) + " of " +
+                            std::to_string(sizeof ring) + " bytes");
 
-    std::vector<EventQueueEntry> events;
+    const bool good = cfg_set::checkEventQueue(&ring) == 0;
+    Json list = Json::array();
     for (uint32_t i = 0; i < std::min<uint32_t>(ring.count, EVENT_QUEUE_SIZE); i++)
-        events.push_back(ring.slots[slot_of(ring.head + i)]);
-    const bool good = checkEventQueue(&ring) == 0;
-    if (call.json)
-        print_json(Json{{"valid", good},
-                        {"head", ring.head},
-                        {"tail", ring.tail},
-                        {"count", ring.count},
-                        {"events", json_list(events)}});
-    else
-        print("head " + std::to_string(ring.head) + ", tail " + std::to_string(ring.tail) +
-              ", count " + std::to_string(ring.count) + "\n" + table(events));
-    if (!good)
-        complain(path + " is refused, for the reason above");
-    return good ? OK : NOT_FOUND;
-}
-
-} // namespace
-
-int events(const Call &call)
-{
-    if (call.arguments.empty())
-        return list(call);
-    const std::string &action = call.arguments[0];
-    if (call.arguments.size() == 1 && action == "clear")
-        return clear();
-    if (call.arguments.size() == 2 && action == "add")
-        return add(call.arguments[1]);
-    if (call.arguments.size() == 2 && action == "drop")
-        return drop(call.arguments[1]);
-    if (call.arguments.size() == 2 && action == "dump")
-        return dump(call, call.arguments[1]);
-    complain("events takes nothing, add TYPE, drop N, clear or dump FILE");
-    return USAGE;
-}
-
-int status(const Call &call)
-{
-    if (!call.arguments.empty()) {
-        const auto value = number(call.arguments[0]);
-        if (!value || *value > UINT8_MAX) {
-            complain("the status is a number from 0 to 255, not " + call.arguments[0]);
-            return USAGE;
-        }
-        if (cfg_setDeviceStatus(static_cast<uint8_t>(*value)) != 0) {
-            complain("the status was not stored");
-            return APPLY_FAILED;
-        }
-        return OK;
-    }
-    const int value = cfg_getDeviceStatus();
-    if (call.json)
-        print_json(Json{{"status", value}});
-    else
-        print(std::to_string(value) + "\n");
-    if (value == UINT8_MAX) {
-        complain("no status is stored, or 255 is");
-        return NOT_FOUND;
-    }
-    return OK;
+        list.push_back(entry(ring.slots[cfg_set::slot_of(ring.head + i)]));
+    call.text = "head " + std::to_string(ring.head) + ", tail " + std::to_string(ring.tail) +
+                ", count " + std::to_string(ring.count) + "\n" +
+                table(list, {"index", "time", "type"});
+    call.data = {{"valid", good},
+                 {"head", ring.head},
+                 {"tail", ring.tail},
+                 {"count", ring.count},
+                 {"events", list}};
+    if (good)
+        return;
+    complain(path + " is refused, for the reason above");
+    call.status = NOT_FOUND;
 }
 
 } // namespace cfgctl

@@ -1,12 +1,15 @@
 #include "cfgctl.h"
 
 #include "platform/param_store.h"
+#include "settings/frame.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
+#include <numeric>
 #include <unistd.h>
 
 namespace cfgctl
@@ -14,102 +17,6 @@ namespace cfgctl
 
 namespace
 {
-
-const std::vector<Verb> VERBS = {
-    {"get", "KEY", {}, 1, 1, "print the stored value of a key", get},
-    {"set",
-     "KEY VALUE",
-     {"--no-save", "--no-apply"},
-     2,
-     2,
-     "store a value, apply it to the device, save the store",
-     set},
-    {"restore", "KEY | --all", {"--all"}, 0, 1, "apply stored values to the device", restore},
-    {"show", "[PREFIX]", {}, 0, 1, "list settings, their values and what applies them", show},
-    {"board", "", {}, 0, 0, "print what the board is and has", board},
-    {"prompt", "NAME", {}, 1, 1, "play a spoken prompt", prompt},
-    {"alert", "PATH", {}, 1, 1, "play an alert sound, then restore the speaker", alert_sound},
-    {"privacy", "[on|off]", {"--no-save"}, 0, 1, "tell or switch the privacy mode", privacy},
-    {"night", "[on|off]", {}, 0, 1, "tell or switch night mode", night},
-    {"lamp", "wled|rlamp MODE", {}, 2, 2, "drive a lamp directly, mode 0 to 3", lamp},
-    {"probe", "", {}, 0, 0, "print what every status probe answers", probe},
-    {"rec", "CODE [TEXT]", {}, 1, 2, "post a recording command", rec},
-    {"monitor",
-     "",
-     {"--count N"},
-     0,
-     0,
-     "take daemon messages off their queue, in the daemons' place, and print them",
-     monitor},
-    {"events",
-     "[add TYPE | drop N | clear | dump FILE]",
-     {},
-     0,
-     2,
-     "list the pending events, add or drop some, or check a copy of the ring",
-     events},
-    {"status", "[VALUE]", {}, 0, 1, "print or set the device status, 0..255", status},
-    {"firmware",
-     "check FILE [--limit N] | newer VERSION | downloaded",
-     {"--limit N"},
-     1,
-     2,
-     "check an image, compare a version, vet the download (a stale one is deleted)",
-     firmware},
-    {"speech", "", {}, 0, 0, "print whether the downloaded prompts are unpacked", speech},
-    {"crc", "FILE", {"--skip N", "--limit N"}, 1, 1, "print the CRC-32 of a file", crc},
-    {"wifi",
-     "config | start | stop | reset | restart | status",
-     {},
-     1,
-     1,
-     "write the supplicant's file; control the Wi-Fi link; print its state",
-     wifi},
-    {"link", "[eth | wlan]", {}, 0, 1, "print which interfaces have an IPv4 address", link_status},
-    {"time",
-     "zone [OFFSET DST] | sync on|off",
-     {},
-     1,
-     3,
-     "set the time zone, stored or else by offset in minutes; switch time sync",
-     time_control},
-    {"upload",
-     "status | config [NAME=VALUE...] | wake | stop | notify | recover PATH",
-     {"--no-save"},
-     1,
-     6,
-     "ask, configure and drive the upload daemon",
-     upload},
-    {"schedule",
-     "list | set [FILE]",
-     {"--no-save"},
-     1,
-     2,
-     "list the schedules, or store others: JSON as listed, or one a line",
-     schedule},
-    {"alarm", "list | set [FILE]", {"--no-save"}, 1, 2, "the same for alarm clocks", alarm_clock},
-    {"viewer",
-     "list | add NAME PASSCODE CREDENTIAL [ONCE] | del NAME",
-     {"--no-save"},
-     1,
-     5,
-     "list and change the viewers, at the relay too",
-     viewer},
-    {"sound",
-     "alert | greeting | alarm [PATH], or volume [0-2]",
-     {"--no-save"},
-     1,
-     2,
-     "print or choose a sound or the alert volume",
-     sound},
-    {"feature",
-     "list | NAME [VALUES...]",
-     {"--no-save"},
-     1,
-     4,
-     "print or change feature switches",
-     feature},
-};
 
 FILE *data = nullptr;
 
@@ -124,123 +31,264 @@ bool split_output()
     return data != nullptr;
 }
 
-std::string usage_line(const Verb &verb)
+[[noreturn]] void wrong_usage(const Action *action, const std::string &text)
 {
-    std::string line = std::string("cfgctl ") + verb.name;
-    for (const std::string &option : verb.options)
-        if (!std::strstr(verb.arguments, option.c_str()))
-            line += " [" + option + "]";
-    if (*verb.arguments)
-        line += std::string(" ") + verb.arguments;
-    return line;
+    fail(USAGE, text + "\nusage: " +
+                    (action ? usage(*action) : "cfgctl VERB ...; cfgctl help lists the verbs"));
 }
 
-std::string help()
+// The index of an option, whose word may have "=VALUE" behind it.
+unsigned find_option(const std::string &word)
 {
-    std::vector<std::vector<std::string>> rows;
-    for (const Verb &verb : VERBS)
-        rows.push_back({"  " + usage_line(verb), verb.summary});
-    return "Settings and device control of the camera.\n\n" + columns(rows) +
-           "\nEvery verb takes --json and --help; cfgctl --version prints the version.\n"
-           "Standard output is data only; reports of the library go to standard error.\n"
-           "Exit status: 0 ok, 1 not found or false, 2 usage, 3 store failed, 4 apply failed.\n";
+    for (unsigned i = 0; i < OPTION_COUNT; i++)
+        if (word.substr(0, word.find('=')) == OPTIONS[i].name)
+            return i;
+    wrong_usage(nullptr, "no option " + word);
 }
 
-int wrong_usage(const Verb *verb, const std::string &text)
+// Puts options, which may stand anywhere, and the other words apart.
+void split(const std::vector<std::string> &given, Call &call)
 {
-    complain(text);
-    std::fprintf(stderr, "usage: %s\n",
-                 verb ? usage_line(*verb).c_str() : "cfgctl VERB ...; cfgctl --help lists them");
-    return USAGE;
+    bool ended = false;
+    for (size_t i = 0; i < given.size(); i++) {
+        const std::string &word = given[i];
+        if (ended || (word.compare(0, 2, "--") != 0 && word != "-h")) {
+            call.words.push_back(word);
+            continue;
+        }
+        ended = word == "--";
+        if (ended)
+            continue;
+        const unsigned index = find_option(word == "-h" ? "--help" : word);
+        const Word &option = OPTIONS[index];
+        const size_t equals = word.find('=');
+        const bool inside = equals != std::string::npos;
+        call.options |= 1U << index;
+        if (option.kind == NONE && inside)
+            wrong_usage(nullptr, std::string(option.name) + " takes no value");
+        if (option.kind == NONE)
+            continue;
+        if (!inside && i + 1 == given.size())
+            wrong_usage(nullptr, std::string(option.name) + " needs a value");
+        const std::string value = inside ? word.substr(equals + 1) : given[++i];
+        check(option, value);
+        call.numbers[1U << index] = static_cast<uint32_t>(*number(value));
+    }
 }
 
-// The verb's entry for the option `word`, or null.
-const std::string *find_option(const Verb &verb, const std::string &word)
+const Verb &find_verb(const std::string &name)
 {
-    for (const std::string &option : verb.options)
-        if (option.substr(0, option.find(' ')) == word)
-            return &option;
+    std::vector<std::string> names;
+    for (const Verb &verb : VERBS) {
+        if (is(verb.name, name))
+            return verb;
+        names.emplace_back(verb.name);
+    }
+    wrong_usage(nullptr, "no verb " + name + nearest(name, names));
+}
+
+// Finds what the words ask for, and leaves the words that it takes.
+void choose_action(Call &call)
+{
+    if (call.words.empty())
+        wrong_usage(nullptr, "no verb given");
+    const std::string verb = find_verb(call.words[0]).name;
+    const std::string name = call.words.size() > 1 ? call.words[1] : "";
+    call.action = find_action(verb, name);
+    if (!call.action)
+        call.action = find_action(verb, "");
+    std::string names;
+    for (const Action &action : ACTIONS)
+        if (is(action.verb, verb) && *action.name)
+            names += std::string(names.empty() ? "" : ", ") + action.name;
+    const bool alone = call.action && !*call.action->name;
+    if (!call.action || (alone && !names.empty() && !name.empty()))
+        wrong_usage(nullptr,
+                    verb + " takes one of " + names + (name.empty() ? "" : ", not " + name));
+    call.words.erase(call.words.begin(), call.words.begin() + (alone ? 1 : 2));
+}
+
+std::string line_of_input()
+{
+    std::string text;
+    int c;
+    while ((c = std::getchar()) != EOF && c != '\n')
+        text += static_cast<char>(c);
+    if (c == EOF && text.empty())
+        fail(USAGE, "no line on standard input");
+    return text;
+}
+
+// The word that the `index`th argument is for; `text` loses the name of one
+// that is given as NAME=VALUE. Null when there is none.
+const Word *find_word(const Action &action, size_t index, std::string &text)
+{
+    const Word *words = action.words;
+    if (!words[0].name || std::string(words[0].name).back() != '=')
+        return index < WORDS_MAX && words[index].name ? &words[index] : nullptr;
+    for (; words->name; words++) {
+        const size_t length = std::strlen(words->name);
+        if (text.compare(0, length, words->name) != 0)
+            continue;
+        text.erase(0, length);
+        return words;
+    }
     return nullptr;
 }
 
-int dispatch(const std::vector<std::string> &words)
+// Checks every word, after those that stand on standard input are read.
+void check_words(Call &call)
 {
-    if (words.empty())
-        return wrong_usage(nullptr, "no verb given");
-    if (words[0] == "--help") {
-        print(help());
-        return OK;
+    const Action &action = *call.action;
+    for (unsigned i = 0; i < OPTION_COUNT; i++)
+        if (call.options & ~(action.options | JSON) & 1U << i)
+            wrong_usage(&action, std::string("no option ") + OPTIONS[i].name);
+    const bool begun = (action.options & TOGETHER) != 0 && !call.words.empty();
+    if (call.words.size() < action.least || (begun && action.words[call.words.size()].name))
+        wrong_usage(&action, std::string(action.words[call.words.size()].name) + " is missing");
+    for (size_t i = 0; i < call.words.size(); i++) {
+        std::string value = call.words[i];
+        const Word *word = find_word(action, i, value);
+        if (!word)
+            wrong_usage(&action, "there are words too many"); // and may be secrets
+        const std::string name = call.words[i].substr(0, call.words[i].size() - value.size());
+        if ((word->kind == VALUE || word->kind == SECRET) && value == "-")
+            value = line_of_input();
+        check(*word, value);
+        call.words[i] = name + value;
     }
-    if (words[0] == "--version") {
-        print("cfgctl " CFG_SET_VERSION "\n");
-        return OK;
-    }
-    const auto verb = std::find_if(VERBS.begin(), VERBS.end(),
-                                   [&](const Verb &entry) { return words[0] == entry.name; });
-    if (verb == VERBS.end())
-        return wrong_usage(nullptr, "no verb " + words[0]);
+}
 
-    Call call;
-    bool options_end = false;
-    for (size_t i = 1; i < words.size(); i++) {
-        const std::string &word = words[i];
-        if (options_end || word.compare(0, 2, "--") != 0) {
-            call.arguments.push_back(word);
-        } else if (word == "--") {
-            options_end = true;
-        } else if (word == "--json") {
-            call.json = true;
-        } else if (word == "--help") {
-            print("usage: " + usage_line(*verb) + "\n\n" + verb->summary + "\n");
-            return OK;
+// What was done, as an object: the verb, its words, and what else is said.
+Json report(const Call &call)
+{
+    const std::string name = call.action->name;
+    Json json{{"did", call.action->verb + (name.empty() ? "" : " " + name)}};
+    for (size_t i = 0; i < call.words.size(); i++) {
+        std::string value = call.words[i];
+        const Word &word = *find_word(*call.action, i, value);
+        std::string field = lower(word.name);
+        field.erase(std::remove(field.begin(), field.end(), '='), field.end());
+        json[field] = value;
+        if (word.kind == NUMBER)
+            json[field] = *number(value);
+        if (word.kind == SECRET && !call.has(SHOW_SECRETS))
+            json[field] = HIDDEN;
+    }
+    json.update(call.done);
+    return json;
+}
+
+// A value as people read it.
+std::string cell(const std::string &name, const Json &value)
+{
+    char text[32];
+    if (value.is_null())
+        return "-";
+    if (value.is_boolean())
+        return value.get<bool>() ? "yes" : "no";
+    if (value.is_string())
+        return value.get<std::string>();
+    const bool minutes = name == "starttime" || name == "stoptime";
+    if (!minutes && name != "time")
+        return text_of(value);
+    // Minutes of the day, or seconds since 1970.
+    const time_t seconds = value.get<time_t>() * (minutes ? 60 : 1);
+    const bool midnight = minutes && seconds == 86400;
+    std::strftime(text, sizeof text, minutes ? "%H:%M" : "%Y-%m-%d %H:%M:%S", gmtime(&seconds));
+    return midnight ? "24:00" : text;
+}
+
+void add_rows(const Json &object, const std::string &prefix,
+              std::vector<std::vector<std::string>> &rows)
+{
+    for (const auto &[name, value] : object.items()) {
+        if (value.is_object()) {
+            add_rows(value, name + ".", rows);
+        } else if (value.is_array()) {
+            for (const Json &element : value)
+                rows.push_back({prefix + name, cell(name, element)});
         } else {
-            const std::string *option = find_option(*verb, word);
-            if (!option)
-                return wrong_usage(&*verb, "no option " + word);
-            const bool with_value = *option != word;
-            if (with_value && i + 1 == words.size())
-                return wrong_usage(&*verb, word + " needs a value");
-            call.options[word] = with_value ? words[++i] : "";
+            rows.push_back({prefix + name, cell(name, value)});
         }
     }
-    if (call.arguments.size() < verb->least || call.arguments.size() > verb->most)
-        return wrong_usage(&*verb, "wrong number of arguments");
-    return verb->run(call);
+}
+
+std::vector<std::string> headings(std::vector<std::string> fields)
+{
+    for (std::string &field : fields) {
+        field = field == "time" ? "time (utc)" : field;
+        for (char &c : field)
+            c = c == '_' ? ' ' : static_cast<char>(std::toupper(c));
+    }
+    return fields;
+}
+
+void finish(Call &call)
+{
+    if (call.printed)
+        return;
+    if (!call.data.is_null()) {
+        print(call.has(JSON) ? text_of(call.data, 2) + "\n"
+                             : call.text.value_or(table(call.data, call.fields)));
+        return;
+    }
+    if (call.action->options & NO_SAVE) {
+        call.done["saved"] = !call.has(NO_SAVE);
+        if (!call.has(NO_SAVE) && param_save() != 0)
+            fail(STORE_FAILED, "the change is stored, but the store cannot be saved");
+    }
+    if (call.has(JSON))
+        print(text_of(report(call), 2) + "\n");
+}
+
+int perform(Call &call)
+{
+    if (call.has(VERSION)) {
+        print("cfgctl " CFGCTL_VERSION "\n");
+        return OK;
+    }
+    const bool asked = !call.words.empty() && call.words[0] == "help";
+    if (asked || call.has(HELP)) {
+        call.words.erase(call.words.begin(), call.words.begin() + (asked ? 1 : 0));
+        print(call.words.empty() ? help() : help(find_verb(call.words[0])));
+        return OK;
+    }
+    choose_action(call);
+    check_words(call);
+    if (is(call.action->verb, "viewer") && !call.has(SHOW_SECRETS))
+        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO); // they report secrets
+    call.action->run(call);
+    finish(call);
+    return call.status;
+}
+
+int run(const std::vector<std::string> &words)
+{
+    int status = OK;
+    try {
+        if (!split_output())
+            fail(NOT_FOUND, std::string("cannot set up standard output: ") + std::strerror(errno));
+        Call call;
+        split(words, call);
+        status = perform(call);
+    } catch (const Failure &failure) {
+        complain(failure.what());
+        status = failure.status;
+    }
+    std::fflush(stdout);
+    const bool lost = data && std::ferror(data) != 0;
+    if (!data || (std::fclose(data) == 0 && !lost))
+        return status;
+    complain(std::string("cannot write standard output: ") + std::strerror(errno));
+    return status == OK ? NOT_FOUND : status;
 }
 
 } // namespace
 
-void print(const std::string &text)
+void fail(Exit status, const std::string &text)
 {
-    std::fwrite(text.data(), 1, text.size(), data);
-}
-
-bool flush()
-{
-    return std::fflush(data) == 0;
-}
-
-void print_json(const Json &json)
-{
-    // Stored values need not be UTF-8; what is not becomes U+FFFD.
-    print(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-}
-
-int print_object(const Call &call, const Json &json)
-{
-    std::vector<std::vector<std::string>> rows;
-    for (const auto &[name, value] : json.items())
-        rows.push_back({name, text_of(value)});
-    if (call.json)
-        print_json(json);
-    else
-        print(columns(rows));
-    return OK;
-}
-
-std::string text_of(const Json &value)
-{
-    return value.is_string() ? value.get<std::string>() : value.dump();
+    throw Failure(status, text);
 }
 
 void complain(const std::string &text)
@@ -249,75 +297,119 @@ void complain(const std::string &text)
     std::fprintf(stderr, "cfgctl: %s\n", text.c_str());
 }
 
-std::string columns(const std::vector<std::vector<std::string>> &rows)
+bool print(const std::string &text)
 {
-    std::vector<size_t> widths;
-    for (const auto &row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (size_t i = 0; i < row.size(); i++)
-            widths[i] = std::max(widths[i], row[i].size());
-    }
-    std::string text;
-    for (const auto &row : rows) {
-        for (size_t i = 0; i < row.size(); i++) {
-            text += row[i];
-            if (i + 1 < row.size())
-                text.append(widths[i] - row[i].size() + 2, ' ');
-        }
-        text += '\n';
-    }
-    return text;
+    std::fwrite(text.data(), 1, text.size(), data);
+    return std::fflush(data) == 0;
 }
 
-template <typename Number> static std::optional<Number> whole(const std::string &text)
+std::string text_of(const Json &json, int indent)
 {
-    Number value = 0;
+    return json.is_string() && indent < 0
+               ? json.get<std::string>()
+               : json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string table(const Json &json, const std::vector<std::string> &fields)
+{
+    std::vector<std::vector<std::string>> rows;
+    if (json.is_object())
+        add_rows(json, "", rows);
+    else
+        rows.push_back(headings(fields));
+    for (size_t i = 0; json.is_array() && i < json.size(); i++) {
+        rows.emplace_back();
+        for (const std::string &field : fields)
+            rows.back().push_back(json[i].contains(field) ? cell(field, json[i][field])
+                                                          : std::to_string(i));
+    }
+    return columns(rows);
+}
+
+std::string nearest(const std::string &word, const std::vector<std::string> &known)
+{
+    size_t least = word.size() / 4 + 2; // changes that a slip can be
+    std::string best;
+    for (const std::string &candidate : known) {
+        std::vector<size_t> row(candidate.size() + 1);
+        std::iota(row.begin(), row.end(), 0U);
+        for (size_t i = 0; i < word.size(); i++) {
+            size_t corner = row[0]++;
+            for (size_t j = 0; j < candidate.size(); j++) {
+                const size_t changed = corner + (word[i] == candidate[j] ? 0 : 1);
+                corner = row[j + 1];
+                row[j + 1] = std::min({changed, corner + 1, row[j] + 1});
+            }
+        }
+        if (row.back() < least) {
+            least = row.back();
+            best = candidate;
+        }
+    }
+    return best.empty() ? "" : "; did you mean " + best + "?";
+}
+
+const Action *find_action(const std::string &verb, const std::string &name)
+{
+    for (const Action &action : ACTIONS)
+        if (is(action.verb, verb) && is(action.name, name))
+            return &action;
+    return nullptr;
+}
+
+void check(const Word &word, const std::string &text)
+{
+    const auto length = static_cast<int64_t>(text.size());
+    const auto value = word.kind == TIME ? minutes(text) : number(text);
+    const bool numeric = word.kind == TIME || word.kind == NUMBER;
+    const bool shown = numeric || word.kind == CHOICE;
+    bool good = true;
+    if (numeric)
+        good = value && *value >= word.least && *value <= word.most;
+    else if (word.kind == CHOICE)
+        good = ("|" + std::string(word.choices) + "|").find("|" + text + "|") != std::string::npos;
+    else if (word.kind == TEXT || word.kind == SECRET || word.kind == PATH)
+        good = length >= word.least && length <= word.most;
+    if (!good)
+        fail(USAGE,
+             std::string(word.name) + " takes " + takes(word) + (shown ? ", not " + text : ""));
+    if (word.kind == PATH && !cfg_set::harmless(text.c_str(), cfg_set::SOUND_WORD))
+        fail(USAGE, std::string(word.name) + " has a character that a shell acts on");
+}
+
+std::optional<int64_t> number(const std::string &text)
+{
+    int64_t value = 0;
     const char *end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || rest != end)
-        return std::nullopt;
-    return value;
+    return error == std::errc() && rest == end ? std::optional(value) : std::nullopt;
 }
 
-std::optional<uint32_t> number(const std::string &text)
+std::optional<int64_t> minutes(const std::string &text)
 {
-    return whole<uint32_t>(text);
+    unsigned hour = 0;
+    unsigned minute = 0;
+    char more = 0;
+    if (std::sscanf(text.c_str(), "%2u:%2u%c", &hour, &minute, &more) == 2 && minute < 60)
+        return hour * 60 + minute;
+    return number(text);
 }
 
-std::optional<int32_t> integer(const std::string &text)
+std::string first_line(const std::string &path)
 {
-    return whole<int32_t>(text);
-}
-
-int save(const Call &call)
-{
-    if (call.has("--no-save") || param_save() == 0)
-        return OK;
-    complain("the change is stored, but the store cannot be saved");
-    return STORE_FAILED;
-}
-
-std::optional<std::string> stored(const std::string &key)
-{
-    char value[4096];
-    if (param_get(key.c_str(), value, sizeof value) != 0)
-        return std::nullopt;
-    return value;
-}
-
-static int run(const std::vector<std::string> &words)
-{
-    if (!split_output()) {
-        complain(std::string("cannot set up standard output: ") + std::strerror(errno));
-        return NOT_FOUND;
+    char text[256] = "";
+    if (FILE *file = std::fopen(path.c_str(), "re")) {
+        if (!std::fgets(text, sizeof text, file))
+            *text = '\0';
+        std::fclose(file);
     }
-    const int result = dispatch(words);
-    std::fflush(stdout);
-    if (std::fclose(data) != 0) {
-        complain(std::string("cannot write standard output: ") + std::strerror(errno));
-        return result == OK ? NOT_FOUND : result;
-    }
-    return result;
+    return {text, std::strcspn(text, "\n")};
+}
+
+std::string lower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), tolower);
+    return text;
 }
 
 } // namespace cfgctl

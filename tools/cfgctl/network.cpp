@@ -1,10 +1,13 @@
-// wifi, link: the supplicant's file, the Wi-Fi link, and which interfaces are up.
+// wifi, link, time: the supplicant's file, the Wi-Fi link, the interfaces, the
+// time zone and time sync.
 
 #include "cfgctl.h"
 
 #include "cfg_set.h"
+#include "settings/frame.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 
 namespace cfgctl
@@ -14,6 +17,7 @@ namespace
 {
 
 constexpr const char *SUPPLICANT_FILE = "/etc/wpa_supplicant.conf";
+constexpr size_t COMMAND_MOST = 255; // characters of ntpd's command line
 
 // Whether the supplicant takes a "#" in a quoted text for a comment.
 bool cut_at_hash(const std::string &text)
@@ -43,6 +47,13 @@ std::string unreadable(const std::string &ssid, const std::string &key)
     return "";
 }
 
+// Whether the library writes the network at all.
+bool is_written(const std::string &ssid, const std::string &key)
+{
+    const bool fits = key.empty() || (key.size() >= 8 && key.size() <= 64);
+    return (fits || could_be_wep(key.c_str()) != 0) && (ssid + key).find('\n') == std::string::npos;
+}
+
 // The networks in the supplicant's file, each once.
 std::vector<std::string> written_networks()
 {
@@ -59,103 +70,98 @@ std::vector<std::string> written_networks()
     return ssids;
 }
 
-int write_config(const Call &call)
+// The stored value of `key`, which goes into a command line as it stands.
+std::string vetted(const std::string &key, cfg_set::Word kind)
 {
-    std::vector<std::pair<std::string, std::string>> networks; // key of the SSID, SSID
-    for (const std::string slot : {"wl", "wl1", "wl2", "wl3"}) {
-        const auto ssid = stored(slot + "_ssid");
-        const auto key = stored(slot + "_psk");
-        if (!ssid || ssid->empty() || !key)
-            continue;
-        const bool one_line = (*ssid + *key).find('\n') == std::string::npos;
-        const std::string reason = unreadable(*ssid, *key);
-        if (one_line && !reason.empty()) {
-            complain(slot + "_ssid: " + reason + "; the supplicant would not read the file");
-            return APPLY_FAILED;
-        }
-        networks.emplace_back(slot + "_ssid", *ssid);
-    }
-    if (cfg_restoreWiFiConfig() != 0) {
-        complain(std::string(SUPPLICANT_FILE) + " cannot be written");
-        return APPLY_FAILED;
-    }
-    const auto written = written_networks();
-    for (const auto &[key, ssid] : networks)
-        if (std::find(written.begin(), written.end(), ssid) == written.end())
-            complain(key + ": left out, for a line feed or a key of no known length");
-    if (call.json) {
-        print_json(Json{{"file", SUPPLICANT_FILE}, {"networks", written}});
-    } else {
-        for (const std::string &ssid : written)
-            print(ssid + "\n");
-    }
-    return OK;
-}
-
-int print_state(const Call &call)
-{
-    const bool up = cfg_wlan_is_up() != 0;
-    const bool access_point = stored("apmode").value_or("") == "1";
-    const auto networks = written_networks();
-    if (call.json) {
-        print_json(Json{{"wlan", up}, {"access_point", access_point}, {"networks", networks}});
-        return OK;
-    }
-    std::vector<std::vector<std::string>> rows = {{"wlan", up ? "1" : "0"},
-                                                  {"access_point", access_point ? "1" : "0"}};
-    for (const std::string &ssid : networks)
-        rows.push_back({"network", ssid});
-    print(columns(rows));
-    return OK;
+    std::string value = stored(key).value_or("");
+    if (!cfg_set::harmless(value.c_str(), kind))
+        fail(APPLY_FAILED, key + " cannot stand in a command line: " + value);
+    return value;
 }
 
 } // namespace
 
-int wifi(const Call &call)
+void wifi_config(Call &call)
 {
-    const std::string &action = call.arguments[0];
-    if (action == "config")
-        return write_config(call);
-    if (action == "status")
-        return print_state(call);
-    const std::map<std::string, int (*)()> controls = {{"start", cfg_startWiFi},
-                                                       {"stop", cfg_stopWiFi},
-                                                       {"reset", cfg_resetWiFi},
-                                                       {"restart", cfg_restartWiFi}};
-    const auto control = controls.find(action);
-    if (control == controls.end()) {
-        complain("wifi takes config, start, stop, reset, restart or status, not " + action);
-        return USAGE;
+    for (const std::string slot : {"wl", "wl1", "wl2", "wl3"}) {
+        const std::string ssid = stored(slot + "_ssid").value_or("");
+        const auto key = stored(slot + "_psk");
+        if (ssid.empty() || !key)
+            continue;
+        const std::string reason = unreadable(ssid, *key);
+        if (!is_written(ssid, *key))
+            complain(slot + "_ssid: left out, for a line feed or a key of no known length");
+        else if (!reason.empty())
+            fail(APPLY_FAILED,
+                 slot + "_ssid: " + reason + "; the supplicant would not read the file");
     }
-    control->second();
-    return OK;
+    if (cfg_restoreWiFiConfig() != 0)
+        fail(APPLY_FAILED, std::string(SUPPLICANT_FILE) + " cannot be written");
+    const auto written = written_networks();
+    call.data = {{"file", SUPPLICANT_FILE}, {"networks", written}};
+    call.text = "";
+    for (const std::string &ssid : written)
+        *call.text += ssid + "\n";
+    call.done["result"] = "applied";
 }
 
-int link_status(const Call &call)
+void wifi_control(Call &call)
 {
-    const std::string which = call.arguments.empty() ? "" : call.arguments[0];
-    if (!which.empty() && which != "eth" && which != "wlan") {
-        complain("link takes eth or wlan, not " + which);
-        return USAGE;
-    }
-    std::vector<std::vector<std::string>> rows;
-    Json json = Json::object();
-    bool all_up = true;
-    const std::pair<std::string, int (*)()> checks[] = {{"eth", cfg_eth_is_up},
-                                                        {"wlan", cfg_wlan_is_up}};
-    for (const auto &[name, is_up] : checks) {
-        if (!which.empty() && which != name)
-            continue;
-        const bool up = is_up() == 1;
-        rows.push_back({name, up ? "1" : "0"});
-        json[name] = up;
-        all_up = all_up && up;
-    }
-    if (call.json)
-        print_json(json);
+    const std::string name = call.action->name;
+    if (name == "restart" && first_line("/proc/live_streaming").substr(0, 1) == "1")
+        fail(APPLY_FAILED, "a live stream runs; nothing is done");
+    if (name == "start")
+        cfg_startWiFi();
     else
-        print(columns(rows));
-    return which.empty() || all_up ? OK : NOT_FOUND;
+        name == "stop" ? cfg_stopWiFi() : name == "reset" ? cfg_resetWiFi() : cfg_restartWiFi();
+    call.done["result"] = "called";
+}
+
+void wifi_status(Call &call)
+{
+    call.data = {{"wlan", cfg_wlan_is_up() != 0},
+                 {"access_point", stored("apmode").value_or("") == "1"},
+                 {"networks", written_networks()}};
+}
+
+void link_status(Call &call)
+{
+    const std::string which = call.words.empty() ? "" : call.words[0];
+    if (which != "wlan")
+        call.data["eth"] = cfg_eth_is_up() == 1;
+    if (which != "eth")
+        call.data["wlan"] = cfg_wlan_is_up() == 1;
+    if (!which.empty() && !call.data[which].get<bool>())
+        call.status = NOT_FOUND;
+}
+
+void time_zone(Call &call)
+{
+    const bool given = !call.words.empty();
+    const int offset = given ? static_cast<int>(*number(call.words[0])) : 0;
+    const uint32_t dst = given ? static_cast<uint32_t>(*number(call.words[1])) : 0;
+    const std::string zone = vetted("time_zone_str", cfg_set::ZONE_WORD);
+    if ((given ? cfg_setTimeZoneDst(offset, dst) : cfg_restoreTimeZoneDst()) != 0)
+        fail(APPLY_FAILED, "the time zone is not set");
+    const std::string tz = first_line("/tmp/TZ");
+    if (given && tz.compare(0, 4, offset < 0 ? "GMT+" : "GMT-") != 0)
+        complain("the stored time_zone_str " + zone + " wins: OFFSET and DST do not matter");
+    call.answer({{"zone", zone}, {"tz", tz}}, tz);
+    call.done["result"] = "applied";
+}
+
+void time_sync(Call &call)
+{
+    const bool on = call.words[0] == "on";
+    size_t length = std::strlen("ntpd");
+    for (const char *key : {"time_server", "time_server1"}) {
+        const std::string server = on ? vetted(key, cfg_set::SERVER_WORD) : "";
+        length += server.empty() ? 0 : std::strlen(" -p ") + server.size();
+    }
+    if (length > COMMAND_MOST)
+        fail(APPLY_FAILED, "time_server and time_server1 do not fit the command line of ntpd");
+    cfg_setTimeSync(on ? 1 : 0);
+    call.done["result"] = "called";
 }
 
 } // namespace cfgctl

@@ -1,4 +1,5 @@
-// get, set, restore, show: the stored settings and what applies them.
+// get, set, unset, restore, show, board: the stored settings, and what the
+// board says of itself.
 
 #include "cfgctl.h"
 
@@ -6,7 +7,11 @@
 #include "platform/param_store.h"
 
 #include <algorithm>
-#include <variant>
+#include <cstring>
+#include <fcntl.h>
+#include <sstream>
+#include <sys/msg.h>
+#include <unistd.h>
 
 namespace cfgctl
 {
@@ -14,125 +19,14 @@ namespace cfgctl
 namespace
 {
 
-using Setter = std::variant<int (*)(uint32_t), int (*)(int), int (*)(const char *)>;
+constexpr size_t BODY_SIZE = 292; // of a daemon message
 
-// A stored setting that the library applies to the device.
-struct Setting {
-    const char *key;
-    const char *family;
-    uint32_t largest; // number that the setter takes; of a text, its length
-    Setter apply;
-    int (*restore)(); // null when nothing applies the stored value again
-    const char *setter;
-    const char *applied_through;
-    int (*on_board)() = nullptr; // null when every board has it
-    bool stores = false;         // whether the setter stores the value, too
-};
+constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable"; // whose setter stores it
 
-constexpr uint32_t ANY = UINT32_MAX;
-constexpr uint32_t LONGEST = 255; // text that a stored value can have
-
-const std::vector<Setting> SETTINGS = {
-    {"io_mic_enable", "audio", 1, cfg_setMicEnable, cfg_restoreMicEnable, "cfg_setMicEnable",
-     "media commands"},
-    {"io_speaker_volume", "audio", ANY, cfg_setSpeakerVolume, cfg_restoreSpeakerVolume,
-     "cfg_setSpeakerVolume", "media command"},
-    {"io_speaker_enable", "audio", ANY, cfg_setSpeakerEnable, cfg_restoreSpeakerEnable,
-     "cfg_setSpeakerEnable", "speaker volume restorer"},
-    {"io_ir_enable", "image", 2, cfg_setIrEnable, cfg_restoreIrEnable, "cfg_setIrEnable",
-     "/proc/ir_mode"},
-    {"io_video_orientation", "image", ANY, cfg_setVideoOrientation, cfg_restoreVideoOrientation,
-     "cfg_setVideoOrientation", "media command"},
-    {"io_backlight_compensation", "image", ANY, cfg_setBacklightCompensation,
-     cfg_restoreBacklightCompensation, "cfg_setBacklightCompensation",
-     "/proc/backlight, image processor"},
-    {"alert_pir_enable", "detection", ANY, cfg_setPirEnable, cfg_restorePirEnable,
-     "cfg_setPirEnable", "daemon message, signal"},
-    {"alert_audio_enable", "detection", ANY, cfg_setVolumeDetect, cfg_restoreVolumeDetect,
-     "cfg_setVolumeDetect", "daemon message"},
-    {"alert_audio_sensitivity", "detection", ANY, cfg_setVolumeDetectSensitivity,
-     cfg_restoreVolumeDetectSensitivity, "cfg_setVolumeDetectSensitivity", "daemon message"},
-    {"alert_motion_track_enable", "alerts", ANY, cfg_setMotionTrackEnable,
-     cfg_restoreMotionTrackEnable, "cfg_setMotionTrackEnable", "nothing"},
-    {"alert_type", "alerts", ANY, cfg_setAlertType, cfg_restoreAlertType, "cfg_setAlertType",
-     "nothing"},
-    {"alert_app_enable", "alerts", ANY, cfg_setAlertAppEnable, cfg_restoreAlertAppEnable,
-     "cfg_setAlertAppEnable", "nothing"},
-    {"alert_chat_enable", "alerts", ANY, cfg_setAlertChatEnable, cfg_restoreAlertChatEnable,
-     "cfg_setAlertChatEnable", "nothing"},
-    {"alert_video_call_enable", "alerts", ANY, cfg_setAlertVideoCallEnable,
-     cfg_restoreAlertVideoCallEnable, "cfg_setAlertVideoCallEnable", "nothing"},
-    {"alert_call_account", "alerts", LONGEST, cfg_setAlertVideoCallAccount,
-     cfg_restoreAlertVideoCallAccount, "cfg_setAlertVideoCallAccount", "nothing"},
-    {"alert_email_enable", "alerts", ANY, cfg_setAlertEmailEnable, cfg_restoreAlertEmailEnable,
-     "cfg_setAlertEmailEnable", "nothing"},
-    {"alert_email_account", "alerts", LONGEST, cfg_setAlertEmailAccount,
-     cfg_restoreAlertEmailAccount, "cfg_setAlertEmailAccount", "nothing"},
-    {"wled_mode", "lamps", 2, cfg_setWLEDEnable, cfg_restoreWLEDEnable, "cfg_setWLEDEnable",
-     "/proc/wled_mode", cfg_isWLEDVersion},
-    {"rlamp_mode", "lamps", 3, cfg_setRlampEnable, cfg_restoreRlampEnable, "cfg_setRlampEnable",
-     "/proc/rlamp_mode", cfg_isRlampVersion},
-    // A number above INT32_MAX would be stored as a negative one, which reads as off.
-    {PRIVACY_KEY, "privacy", INT32_MAX, cfg_set_privacy, nullptr, "cfg_set_privacy",
-     "messages, commands, signals", nullptr, true},
-};
-
-const Setting *find(const std::string &key)
+// The stored text as the library reads it: "1x" is 1.
+uint32_t loose_number(const std::string &text)
 {
-    const auto found = std::find_if(SETTINGS.begin(), SETTINGS.end(),
-                                    [&](const Setting &setting) { return key == setting.key; });
-    return found == SETTINGS.end() ? nullptr : &*found;
-}
-
-// Says so when the setter does not take the value.
-bool takes(const Setting &setting, const std::string &value)
-{
-    const std::string largest = std::to_string(setting.largest);
-    if (std::holds_alternative<int (*)(const char *)>(setting.apply)) {
-        if (value.size() <= setting.largest)
-            return true;
-        complain(std::string(setting.key) + " takes at most " + largest + " characters");
-        return false;
-    }
-    const auto given = number(value);
-    if (given && *given <= setting.largest)
-        return true;
-    complain(std::string(setting.key) + " takes a number from 0 to " + largest + ", not " + value);
-    return false;
-}
-
-int apply(const Setting &setting, const std::string &value)
-{
-    if (const auto *setter = std::get_if<int (*)(const char *)>(&setting.apply))
-        return (*setter)(value.c_str());
-    const uint32_t given = number(value).value_or(0);
-    if (const auto *setter = std::get_if<int (*)(int)>(&setting.apply))
-        return (*setter)(static_cast<int>(given));
-    return std::get<int (*)(uint32_t)>(setting.apply)(given);
-}
-
-int not_stored(const std::string &key)
-{
-    complain(key + " cannot be stored");
-    return STORE_FAILED;
-}
-
-// Stores and applies as far as the call asks for it.
-int change(const Call &call, const Setting *setting, const std::string &value)
-{
-    const std::string &key = call.arguments[0];
-    const bool applies = setting && !call.has("--no-apply");
-    if (applies && setting->stores) {
-        apply(*setting, value); // has to find the old value
-        return number(stored(key).value_or("")) == number(value) ? OK : not_stored(key);
-    }
-    if (param_set(key.c_str(), value.c_str()) != 0)
-        return not_stored(key);
-    if (applies && apply(*setting, value) != 0) {
-        complain(key + " is stored but " + setting->setter + " failed; nothing is saved");
-        return APPLY_FAILED;
-    }
-    return OK;
+    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
 }
 
 // Whether the board says that it does not have what the setting is for.
@@ -143,121 +37,218 @@ bool absent(const Setting &setting)
            setting.on_board() == 0;
 }
 
-struct Restored {
-    const char *result;
-    Exit status;
-};
-
-Restored restored(const Setting &setting)
+bool writable(const char *path)
 {
-    if (!setting.restore)
-        return {"nothing restores it", NOT_FOUND};
+    const int file = open(path, O_WRONLY | O_CLOEXEC);
+    return file >= 0 && close(file) == 0;
+}
+
+// "applied" when the driver's file shows the value, "called" when nothing does.
+const char *seen(const Setting &setting, const std::string &value)
+{
+    if (!setting.file)
+        return "called";
+    const std::string shown = first_line(setting.file);
+    const size_t last = std::strlen(setting.digits) - 1;
+    const char digit = setting.digits[std::min<size_t>(loose_number(value), last)];
+    if (shown.empty() && writable(setting.file))
+        return "called"; // a driver may be mute
+    if (shown.empty() || shown[0] != digit)
+        fail(APPLY_FAILED, std::string(setting.value.name) + " is not applied: " + setting.file +
+                               " does not show it");
+    return "applied";
+}
+
+std::string restored(const Setting &setting)
+{
     if (setting.restore() == 0)
-        return {"ok", OK};
-    if (absent(setting))
-        return {"not on this board", NOT_FOUND};
-    return {"failed", APPLY_FAILED};
+        return seen(setting, stored(setting.value.name).value_or(""));
+    return absent(setting) ? "not on this board" : "failed";
+}
+
+// Another verb as a step of restore.
+std::string performed(const std::string &line)
+{
+    std::istringstream words(line);
+    Call call;
+    std::string verb;
+    std::string name;
+    words >> verb >> name;
+    call.action = find_action(verb, name);
+    for (std::string word; words >> word;)
+        call.words.push_back(word);
+    call.action->run(call);
+    return call.done["result"];
 }
 
 } // namespace
 
-int get(const Call &call)
+std::optional<std::string> stored(const std::string &key)
 {
-    const std::string &key = call.arguments[0];
+    std::string value(256, '\0');
+    for (;; value.assign(value.size() * 2, '\0')) { // until nothing is cut
+        if (param_get(key.c_str(), value.data(), static_cast<unsigned>(value.size())) != 0)
+            return std::nullopt;
+        if (std::strlen(value.c_str()) + 1 < value.size())
+            return value.substr(0, std::strlen(value.c_str()));
+    }
+}
+
+void require_stored(const std::string &key, const std::string &value)
+{
+    if (stored(key) != value)
+        fail(STORE_FAILED, key + " cannot be stored");
+}
+
+void require_room(unsigned messages)
+{
+    msqid_ds state = {};
+    const int queue = messages > 0 ? msgget(QUEUE_KEY, 0) : -1;
+    if (queue >= 0 && msgctl(queue, IPC_STAT, &state) == 0 &&
+        state.msg_cbytes + messages * BODY_SIZE > state.msg_qbytes)
+        fail(APPLY_FAILED, "the daemons' queue has no room, they do not take their messages; "
+                           "nothing is changed");
+}
+
+const Setting *find_setting(const std::string &key)
+{
+    for (const Setting &setting : SETTINGS)
+        if (is(setting.value.name, key))
+            return &setting;
+    return nullptr;
+}
+
+const char *change(const Call &call, const std::string &key, const std::string &value)
+{
+    const Setting *setting = find_setting(key);
+    const bool applies = setting && setting->set && !call.has(NO_APPLY);
+    const bool stores = is(PRIVACY_KEY, key) && applies;
+    const bool unchanged = stores && number(stored(key).value_or("")) == number(value);
+    if (applies && setting->on_board && setting->on_board() == 0)
+        fail(APPLY_FAILED,
+             "the board does not say that it has what " + key + " sets; nothing is stored");
+    if (applies && !unchanged)
+        require_room(setting->messages);
+    if (stores)
+        setting->set(loose_number(value)); // has to find the old value
+    if (stores ? number(stored(key).value_or("")) != number(value)
+               : param_set(key.c_str(), value.c_str()) != 0)
+        fail(STORE_FAILED, key + " cannot be stored");
+    if (!applies || stores)
+        return applies ? "called" : "stored";
+    if (setting->set(loose_number(value)) != 0)
+        fail(APPLY_FAILED, key + " is stored but " +
+                               std::string(setting->applied, std::strcspn(setting->applied, ",")) +
+                               " failed; nothing is saved");
+    return seen(*setting, value);
+}
+
+void get(Call &call)
+{
+    const std::string &key = call.words[0];
     const auto value = stored(key);
-    if (!value) {
-        complain("no value of " + key + " can be read");
-        return NOT_FOUND;
-    }
-    if (call.json)
-        print_json(Json{{"key", key}, {"value", *value}});
-    else
-        print(*value + "\n");
-    return OK;
+    if (!value)
+        fail(NOT_FOUND, "no value of " + key + " can be read");
+    call.answer({{"key", key}, {"value", *value}}, *value);
 }
 
-int set(const Call &call)
+void set(Call &call)
 {
-    const std::string &key = call.arguments[0];
-    const std::string &value = call.arguments[1];
-    const Setting *setting = find(key);
-    if (setting && !takes(*setting, value))
-        return USAGE;
-    if (const int failure = change(call, setting, value))
-        return failure;
-    if (!call.has("--no-save") && param_save() != 0) {
-        complain(key + " is stored, but the store cannot be saved");
-        return STORE_FAILED;
-    }
-    if (call.json)
-        print_json(Json{{"key", key},
-                        {"value", value},
-                        {"applied", setting && !call.has("--no-apply")},
-                        {"saved", !call.has("--no-save")}});
-    return OK;
+    const std::string &key = call.words[0];
+    const std::string &value = call.words[1];
+    const Setting *setting = find_setting(key);
+    std::vector<std::string> known;
+    for (const Setting &row : SETTINGS)
+        known.emplace_back(row.value.name);
+    if (!setting && !call.has(FORCE))
+        fail(USAGE, "nothing knows the key " + key + nearest(key, known) +
+                        " --force stores it all the same");
+    if (setting)
+        check(setting->value, value);
+    if (setting && setting->value.kind == SECRET)
+        call.done["value"] = HIDDEN;
+    call.done["result"] = change(call, key, value);
 }
 
-int restore(const Call &call)
+void unset(Call &call)
 {
-    const bool all = call.has("--all");
-    if (all != call.arguments.empty()) {
-        complain("restore takes either a key or --all");
-        return USAGE;
-    }
-    const Setting *one = all ? nullptr : find(call.arguments[0]);
-    if (!all && (!one || !one->restore)) {
-        complain("nothing restores " + call.arguments[0]);
-        return NOT_FOUND;
-    }
+    const std::string &key = call.words[0];
+    if (!stored(key))
+        fail(NOT_FOUND, key + " is not stored");
+    if (param_unset(key.c_str()) != 0 || stored(key))
+        fail(STORE_FAILED, key + " cannot be removed");
+}
 
-    int status = OK;
-    std::vector<std::vector<std::string>> rows;
-    Json json = Json::array();
+void restore(Call &call)
+{
+    if (call.has(ALL) != call.words.empty())
+        fail(USAGE, "restore takes either a key or --all");
+    const Setting *one = call.has(ALL) ? nullptr : find_setting(call.words[0]);
+    if (!call.has(ALL) && (!one || !one->restore))
+        fail(NOT_FOUND, "nothing restores " + call.words[0]);
+
+    call.data = Json::array();
+    call.fields = {"key", "result"};
+    const auto enter = [&](const char *key, const auto &step) {
+        std::string result = "failed";
+        try {
+            result = step();
+        } catch (const Failure &failure) {
+            complain(failure.what());
+        }
+        call.data.push_back({{"key", key}, {"result", result}});
+        if (result == "failed")
+            call.status = APPLY_FAILED;
+        else if (one && result == "not on this board") // with --all no failure
+            call.status = NOT_FOUND;
+    };
+    for (const Setting &setting : SETTINGS)
+        if (setting.restore && (!one || one == &setting))
+            enter(setting.value.name, [&] { return restored(setting); });
+    for (const char *step : {"wifi config", "wifi start", "time zone", "time sync on"})
+        if (!one)
+            enter(step, [&] { return performed(step); });
+}
+
+void show(Call &call)
+{
+    const std::string prefix = call.words.empty() ? "" : call.words[0];
+    call.data = Json::array();
+    call.fields = {"key", "value", "applied_by"};
     for (const Setting &setting : SETTINGS) {
-        if (one && one != &setting)
+        if (std::string(setting.value.name).compare(0, prefix.size(), prefix) != 0)
             continue;
-        const Restored outcome = restored(setting);
-        // With --all, what this board does not have is no failure.
-        if (one || outcome.status == APPLY_FAILED)
-            status = outcome.status;
-        rows.push_back({setting.key, outcome.result});
-        json.push_back({{"key", setting.key},
-                        {"ok", outcome.status == NOT_FOUND ? Json() : Json(outcome.status == OK)},
-                        {"result", outcome.result}});
+        const auto value = stored(setting.value.name);
+        const bool hidden = setting.value.kind == SECRET && !call.has(SHOW_SECRETS);
+        call.data.push_back(
+            {{"key", setting.value.name},
+             {"value", value ? Json(hidden && !value->empty() ? HIDDEN : *value) : Json()},
+             {"takes", takes(setting.value) + ": " + setting.value.meaning},
+             {"applied_by", setting.applied}});
     }
-    if (call.json)
-        print_json(json);
-    else
-        print(columns(rows));
-    return status;
+    if (call.data.empty())
+        fail(NOT_FOUND, "no setting begins with " + prefix);
+    if (call.data.size() == 1)
+        call.text = table(call.data[0]);
 }
 
-int show(const Call &call)
+void board(Call &call)
 {
-    const std::string prefix = call.arguments.empty() ? "" : call.arguments[0];
-    std::vector<std::vector<std::string>> rows = {{"KEY", "FAMILY", "VALUE", "APPLIED BY"}};
-    Json json = Json::array();
-    for (const Setting &setting : SETTINGS) {
-        if (std::string(setting.key).compare(0, prefix.size(), prefix) != 0)
+    constexpr std::pair<const char *, unsigned long> QUERIES[] = {
+        {"boardid", BOARD_INFO_BOARDID}, {"sn", BOARD_INFO_SN}, {"hwver", BOARD_INFO_HWVER}};
+    for (const auto &[name, index] : QUERIES) {
+        char text[256] = "";
+        call.data[name] = cfg_getBoardInfo(index, text, sizeof text) == 0 ? Json(text) : Json();
+        if (!call.data[name].is_null())
             continue;
-        const auto value = stored(setting.key);
-        rows.push_back({setting.key, setting.family, value.value_or("-"),
-                        std::string(setting.setter) + ", " + setting.applied_through});
-        json.push_back({{"key", setting.key},
-                        {"family", setting.family},
-                        {"value", value ? Json(*value) : Json()},
-                        {"setter", setting.setter},
-                        {"applied_through", setting.applied_through}});
+        complain(std::string("the board does not tell its ") + name);
+        call.status = NOT_FOUND;
     }
-    if (json.empty()) {
-        complain("no setting begins with " + prefix);
-        return NOT_FOUND;
-    }
-    if (call.json)
-        print_json(json);
-    else
-        print(columns(rows));
-    return OK;
+    call.data["slip_ring"] = cfg_is_slip_ring_model() != 0;
+    call.data["ethernet"] = cfg_check_eth_support_by_hwver() != 0;
+    call.data["differential_audio"] = cfg_is_audio_differential() != 0;
+    call.data["wled"] = cfg_isWLEDVersion() != 0;
+    call.data["rlamp"] = cfg_isRlampVersion() != 0;
 }
 
 } // namespace cfgctl

@@ -4,121 +4,83 @@
 
 #include "cfg_set.h"
 
-#include <set>
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
 
 namespace cfgctl
 {
 
-namespace
-{
+constexpr const char *RECORDINGS = "/mnt/sdcard/video/";
+constexpr const char *JOBS = "/mnt/sdcard/video/.smbu";
 
-const std::set<std::string> SETTINGS = {"user", "pass", "target", "mode", "size"};
-
-int print_state(const Call &call)
+void upload_status(Call &call)
 {
-    return print_object(call, {{"mode", smbu_status()}, {"running", smbu_exist() != 0}});
+    call.data = {{"mode", smbu_status()}, {"running", smbu_exist() != 0}};
 }
 
-int print_config(const Call &call)
+static void print_config(Call &call)
 {
-    char user[256] = "";
-    char target[256] = "";
-    char mode[256] = "";
-    char size[256] = "";
+    char texts[4][256] = {};
     int mounted = 0;
-    smbu_get_config(user, sizeof user, target, sizeof target, mode, sizeof mode, size, sizeof size,
-                    &mounted);
-    return print_object(call, {{"user", user},
-                               {"target", target},
-                               {"mode", mode},
-                               {"size", size},
-                               {"mounted", mounted != 0}});
+    smbu_get_config(texts[0], 256, texts[1], 256, texts[2], 256, texts[3], 256, &mounted);
+    size_t i = 0;
+    for (const char *name : {"user", "target", "mode", "size"})
+        call.data[name] = texts[i++];
+    call.data["mounted"] = mounted != 0;
 }
 
-int config(const Call &call)
+void upload_config(Call &call)
 {
-    std::map<std::string, std::string> given;
-    for (size_t i = 1; i < call.arguments.size(); i++) {
-        const size_t equals = call.arguments[i].find('=');
-        const std::string name = call.arguments[i].substr(0, equals);
-        if (equals == std::string::npos || SETTINGS.count(name) == 0) {
-            complain("config takes user, pass, target, mode or size, as NAME=VALUE");
-            return USAGE;
-        }
-        given[name] = call.arguments[i].substr(equals + 1);
-    }
-    if (given.empty())
+    if (call.words.empty())
         return print_config(call);
-    for (const auto &[name, text] : given) {
-        if (text.size() > 255) {
-            complain(name + " takes at most 255 characters");
-            return USAGE;
-        }
-    }
-    if (given.count("mode") != 0 &&
-        (given["mode"].size() != 1 || given["mode"] < "0" || given["mode"] > "3")) {
-        complain("mode takes a number from 0 to 3, not " + given["mode"]);
-        return USAGE;
-    }
+    std::map<std::string, std::string> given;
+    for (const std::string &word : call.words)
+        given[word.substr(0, word.find('='))] = word.substr(word.find('=') + 1);
     const auto text = [&](const char *name) {
         return given.count(name) != 0 ? given[name].c_str() : nullptr;
     };
+    if (given.count("mode") != 0 && (given["mode"] == "2") != (smbu_status() == 2))
+        require_room(2);
     smbu_set_config(text("user"), text("pass"), text("target"), text("mode"), text("size"));
-    for (const auto &[name, value] : given) {
-        if (stored("cifs_" + name) != value) {
-            complain("cifs_" + name + " cannot be stored");
-            return STORE_FAILED;
-        }
-    }
-    return save(call);
+    for (const auto &[name, value] : given)
+        require_stored("cifs_" + name, value);
 }
 
-// For what the library passes over without a word.
-int only_if(bool done, const std::string &otherwise)
+void upload_control(Call &call)
 {
-    if (done)
-        return OK;
-    complain(otherwise);
-    return NOT_FOUND;
-}
-
-int recover(const std::string &path)
-{
-    if (path.find('/') == std::string::npos) {
-        complain("recover takes the full path of a recording, not " + path);
-        return USAGE;
-    }
-    if (smbu_add_recovery_job(path.c_str()) != 0) {
-        complain("the job for " + path + " cannot be made");
-        return APPLY_FAILED;
-    }
-    return OK;
-}
-
-} // namespace
-
-int upload(const Call &call)
-{
-    const std::string &action = call.arguments[0];
     const int mode = smbu_status();
     const std::string in_mode = " in upload mode " + std::to_string(mode);
-    if (action == "recover" && call.arguments.size() == 2)
-        return recover(call.arguments[1]);
-    if (action == "config")
-        return config(call);
-    if (call.arguments.size() == 1) {
-        if (action == "status")
-            return print_state(call);
-        if (action == "stop")
-            return only_if(smbu_exist() != 0 && smbu_force_stop() == 0, "the daemon does not run");
-        if (action == "wake")
-            return only_if(mode != 0 && mode != 3 && smbu_wake_up() == 0,
-                           "nothing is woken" + in_mode);
-        if (action == "notify")
-            return only_if(mode == 2 && smbu_event_notify() == 0, "no event is told" + in_mode);
-    }
-    complain("it is status, config, wake, stop, notify, or recover PATH");
-    return USAGE;
+    const std::string name = call.action->name;
+    if (name == "stop" && smbu_exist() == 0)
+        fail(NOT_FOUND, "the daemon does not run");
+    if (name == "wake" && (mode == 0 || mode == 3))
+        fail(NOT_FOUND, "nothing is woken" + in_mode);
+    if (name == "notify" && mode != 2)
+        fail(NOT_FOUND, "no event is told" + in_mode);
+    name == "stop" ? smbu_force_stop() : name == "wake" ? smbu_wake_up() : smbu_event_notify();
+    call.done["result"] = "called";
+}
+
+void upload_recover(Call &call)
+{
+    const std::string &path = call.words[0];
+    const std::string name = path.substr(path.rfind('/') + 1);
+    struct stat file = {};
+    if (path.compare(0, std::strlen(RECORDINGS), RECORDINGS) != 0 || name[0] == '.' ||
+        name.find('.') == std::string::npos || path.find("/../") != std::string::npos)
+        fail(USAGE, "recover takes a recording below " + std::string(RECORDINGS) + ", such as " +
+                        "20240101/clip_0001.mp4, not " + path);
+    if (stat(path.c_str(), &file) != 0)
+        fail(APPLY_FAILED, path + ": " + std::strerror(errno));
+    if (!S_ISREG(file.st_mode))
+        fail(APPLY_FAILED, path + " is not a file");
+    if (stat(JOBS, &file) != 0 || !S_ISDIR(file.st_mode))
+        fail(APPLY_FAILED, "the upload daemon has not made " + std::string(JOBS) +
+                               ", where it looks for jobs; it does when it starts");
+    if (smbu_add_recovery_job(path.c_str()) != 0)
+        fail(APPLY_FAILED, "the job for " + path + " cannot be made: " + std::strerror(errno));
+    call.done["job"] = std::string(JOBS) + "/" + name.substr(0, name.rfind('.')) + ".rcy";
 }
 
 } // namespace cfgctl

@@ -22,37 +22,34 @@ constexpr int BAR_WIDTH = 40;
 
 struct Watched {
     int file;
-    bool terminal;
     uint64_t total; // 0 when not known
-    uint64_t done;
-    Clock::time_point next; // when the bar is drawn again
-    bool drawn;
+    uint64_t done = 0;
+    Clock::time_point next = Clock::now() + PATIENCE; // when the bar is drawn again
+    bool drawn = false;
 };
 
 void draw(const Watched &watched)
 {
-    const double megabytes = static_cast<double>(watched.done) / 1e6;
-    if (watched.total == 0) {
-        std::fprintf(stderr, "\r%.1f MB", megabytes);
-        return;
-    }
-    const uint64_t done = std::min(watched.done, watched.total);
-    const std::string bar(static_cast<size_t>(done * BAR_WIDTH / watched.total), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d%%  %.1f MB", BAR_WIDTH, bar.c_str(),
-                 static_cast<int>(done * 100 / watched.total), megabytes);
+    const double part =
+        std::min(1.0, static_cast<double>(watched.done) /
+                          static_cast<double>(std::max<uint64_t>(watched.total, 1)));
+    const std::string bar(static_cast<size_t>(part * BAR_WIDTH), '#');
+    std::fputs("\r", stderr);
+    if (watched.total > 0)
+        std::fprintf(stderr, "[%-*s] %3d%%  ", BAR_WIDTH, bar.c_str(),
+                     static_cast<int>(part * 100));
+    std::fprintf(stderr, "%.1f MB", static_cast<double>(watched.done) / 1e6);
 }
 
 ssize_t read_watched(void *cookie, char *buffer, size_t size)
 {
     auto *watched = static_cast<Watched *>(cookie);
     const ssize_t count = read(watched->file, buffer, size);
-    if (count > 0)
-        watched->done += static_cast<uint64_t>(count);
-    const Clock::time_point now = Clock::now();
-    if (watched->terminal && now >= watched->next) {
+    watched->done += static_cast<uint64_t>(std::max<ssize_t>(count, 0));
+    if (Clock::now() >= watched->next && isatty(STDERR_FILENO) == 1) {
         draw(*watched);
         watched->drawn = true;
-        watched->next = now + REDRAW;
+        watched->next = Clock::now() + REDRAW;
     }
     return count;
 }
@@ -83,24 +80,15 @@ int close_watched(void *cookie)
 FILE *open_watched(const std::string &path, uint32_t limit)
 {
     const int file = open64(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        return nullptr;
     struct stat64 status = {};
-    uint64_t total = limit;
-    if (fstat64(file, &status) == 0 && S_ISREG(status.st_mode)) {
-        const auto size = static_cast<uint64_t>(status.st_size);
-        total = limit == 0 ? size : std::min<uint64_t>(size, limit);
-    }
-    auto *watched =
-        new Watched{file, isatty(STDERR_FILENO) == 1, total, 0, Clock::now() + PATIENCE, false};
-    FILE *stream = fopencookie(watched, "r", {read_watched, nullptr, seek_watched, close_watched});
-    if (!stream) {
-        const int error = errno;
-        close_watched(watched);
-        errno = error;
+    if (file < 0 || fstat64(file, &status) != 0)
         return nullptr;
-    }
-    std::setvbuf(stream, nullptr, _IOFBF, BUFFER_SIZE);
+    const auto size = static_cast<uint64_t>(status.st_size);
+    const bool cut = limit > 0 && (limit < size || !S_ISREG(status.st_mode));
+    auto *watched = new Watched{file, cut ? limit : size};
+    FILE *stream = fopencookie(watched, "r", {read_watched, nullptr, seek_watched, close_watched});
+    if (stream)
+        std::setvbuf(stream, nullptr, _IOFBF, BUFFER_SIZE);
     return stream;
 }
 

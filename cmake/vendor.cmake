@@ -1,0 +1,10 @@
+# A vendor's toolchain: what stands before and behind "gcc" in its compiler's name,
+#     cmake --preset release-vendor -DCROSS=/opt/vendor/bin/arm-vendor-linux-
+# Add its -march or --sysroot to CMAKE_CXX_FLAGS_INIT where the compiler does not imply it.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR arm)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES CROSS CROSS_SUFFIX)
+set(CMAKE_C_COMPILER ${CROSS}gcc${CROSS_SUFFIX})
+set(CMAKE_CXX_COMPILER ${CROSS}g++${CROSS_SUFFIX})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

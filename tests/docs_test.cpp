@@ -1,0 +1,151 @@
+// What the documents show is what the library makes, and what they list is all
+// that it uses.
+
+#include "cfg_set.h"
+#include "harness.h"
+#include "platform/relay_ipc.h"
+#include "platform/viewer_relay.h"
+
+#include <cstring>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+#include <sys/msg.h>
+#include <sys/stat.h>
+
+static std::map<std::string, std::string> made;
+
+static std::string bytes(const void *data, size_t size)
+{
+    return {static_cast<const char *>(data), size};
+}
+
+// What stands at the firmware's end, with what the document says is stored.
+extern "C" {
+// clang-format off
+int param_get(const char *key, char *buffer, unsigned size)
+{
+    const std::map<std::string, std::string> stored = {
+        {"cifs_mode", "1"}, {"gdu_account", "me"}, {"time_zone_str", "UTC"}};
+    const auto found = stored.find(key);
+    if (found == stored.end())
+        return -1;
+    snprintf(buffer, size, "%s", found->second.c_str());
+    return 0;
+}
+int param_set(const char *, const char *) { return 0; }
+int param_save() { return 0; }
+int param_unset(const char *) { return 0; }
+int msg2relay(const viewer_relay_msg *message)
+{
+    made["viewer relay"] = bytes(message, sizeof *message);
+    return 0;
+}
+void *appipc_init(const char *) { return &made; }
+void appipc_set_uint32(void *buffer, uint32_t value)
+{
+    memcpy(buffer, &value, sizeof value);
+}
+int appipc_send(void *, int, int, unsigned length, const void *buffer)
+{
+    made["zone ipc"] = bytes(buffer, length);
+    return 0;
+}
+void appipc_destroy(void *) {}
+int system(const char *) { return 0; }
+unsigned sleep(unsigned) { return 0; }
+time_t time(time_t *) { return 1704067200; } // 2024-01-01
+// clang-format on
+}
+
+// The next message of a queue, without its type.
+static std::string taken(key_t key)
+{
+    struct {
+        long type;
+        char body[512];
+    } message;
+    const ssize_t size = msgrcv(msgget(key, 0), &message, sizeof message.body, 0, IPC_NOWAIT);
+    return bytes(message.body, size < 0 ? 0 : static_cast<size_t>(size));
+}
+
+// "0b00 10*00" as bytes.
+static std::string parsed(const std::string &line)
+{
+    std::string result;
+    std::istringstream words(line);
+    for (std::string word; words >> word;) {
+        const size_t star = word.find('*');
+        const size_t times = star == std::string::npos ? 1 : std::stoul(word);
+        const std::string digits = word.substr(star == std::string::npos ? 0 : star + 1);
+        for (size_t n = 0; n < times; n++)
+            for (size_t i = 0; i < digits.size(); i += 2)
+                result += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+    return result;
+}
+
+TEST(DocsTest, FormatsAreAsTheDocumentShowsThem)
+{
+    mkdir("/mnt/sdcard/video", 0755);
+    quietly([] {
+        cfg_setVolumeDetectSensitivity(5);
+        made["message 5678"] = taken(5678);
+        cfg_setPrivacyEvent(1);
+        made["privacy 5678"] = taken(5678);
+        smbu_wake_up();
+        made["signal 20130005"] = taken(0x20130005);
+        smbu_set_config(nullptr, nullptr, nullptr, "1", nullptr);
+        made["account 20130003"] = taken(0x20130003);
+        cfg_setTimeZoneDst(0, 0);
+        const viewer_entry ann = {"ann", "1234", "key", "1"};
+        cfg_setDeviceStatus(7);
+        cfg_enqueueEvent(2);
+        return viewer_add_config(&ann);
+    });
+    for (const std::string name : {"ring /mnt/sdcard/video/.event", "status /tmp/dev_status"})
+        made[name] = read_file(name.substr(name.find('/')));
+
+    std::map<std::string, std::string> shown;
+    std::istringstream document(read_file("/desk/docs/formats.md"));
+    const std::string mark = "```example ";
+    for (std::string line, example; std::getline(document, line);)
+        if (line.rfind(mark, 0) == 0 && std::getline(document, example))
+            shown[line.substr(mark.size())] = parsed(example);
+    EXPECT_EQ(shown, made);
+}
+
+// Every match of the pattern in the library's sources stands in the document.
+static void expect_listed(const std::string &document, const std::string &pattern)
+{
+    const std::string text = read_file("/desk/docs/" + document);
+    const std::regex used(pattern);
+    int found = 0;
+    for (const char *folder :
+         {"settings", "events", "upload", "firmware", "network", "time", "records"}) {
+        for (const auto &entry :
+             std::filesystem::directory_iterator(std::string("/desk/") + folder)) {
+            const std::string source = read_file(entry.path());
+            for (std::sregex_iterator use(source.begin(), source.end(), used), end; use != end;
+                 ++use) {
+                EXPECT_NE(text.find((*use)[1]), std::string::npos) << document << ": " << (*use)[1];
+                found++;
+            }
+        }
+    }
+    EXPECT_GT(found, 5);
+}
+
+TEST(DocsTest, ListsHoldWhatTheSourcesUse)
+{
+    expect_listed("porting.md",
+                  R"((/(?:proc|tmp|etc|etc_ro|mnt|var|sbin|usr|audio)/[\w/]*(?:\.\w+)*))");
+    expect_listed("porting.md",
+                  R"re((?:run|popen|command_line|start_and_wait|system)\("([\w./]+))re");
+    expect_listed("porting.md",
+                  R"re((?:param_\w+|\w*stored\w*|store_\w+|put_setting|read_number|)re"
+                  R"re(readable|get_wanted|printed_number|add_server)\("(\w+)")re");
+    expect_listed("operations.md", R"re(REPORT\w*\((?:SETTER, )?"([^"%\[\\]{4,}))re");
+    expect_listed("operations.md",
+                  R"re((?:"\[%s %d\] ?|report\(function, line, ")([^"%\[\\]{4,}))re");
+}
