@@ -8,6 +8,7 @@
 #include "cfg_set.h"
 #include "platform/param_store.h"
 
+#include <poll.h>
 #include <stdio.h>
 #include <string.h>
 #include <unistd.h>
@@ -50,7 +51,7 @@ static uint32_t after(uint32_t type)
 
 static void keep_the_ring_busy(void)
 {
-    enum { KEPT = 20, PAUSE = 100000 };
+    enum { KEPT = 20, PAUSE_MS = 100 };
     struct EventQueueEntry event;
     uint32_t count = 0;
     uint32_t next = 0;
@@ -61,7 +62,7 @@ static void keep_the_ring_busy(void)
     printf("ring of %u events %s\n", (unsigned int)count, order);
     fflush(stdout);
     const int drops = fork() == 0;
-    for (uint32_t added = 0;; usleep(PAUSE)) {
+    for (uint32_t added = 0;; poll(NULL, 0, PAUSE_MS)) {
         if (drops && cfg_getEvent(KEPT, &event) == 0)
             cfg_dequeueEvent(1);
         if (drops || cfg_enqueueEvent(next) != 0)
