@@ -65,3 +65,4 @@ endforeach()
 get_property(all_stamps GLOBAL PROPERTY lint_stamps)
 add_custom_target(lint DEPENDS ${all_stamps})
 add_dependencies(lint docs) # that the reference can be made of the header
+add_dependencies(lint cfgctl harness) # their precompiled headers

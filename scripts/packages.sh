@@ -40,3 +40,30 @@ bench_packages=(
     "libsqlite3-dev:keeps events too"
     "liblmdb-dev:keeps events too"
 )
+
+# What the tests of this machine take, sanitized ones and lint among them.
+# shellcheck disable=SC2034
+test_packages=(
+    "googletest:the tests"
+    "libgmock-dev:the tests, compiled"
+    "u-boot-tools:makes firmware images"
+    "clang:second compiler, with the sanitizers"
+    "libclang-rt-14-dev:the sanitizers"
+    "clang-format:formatting"
+    "clang-tidy:lint"
+    "cppcheck:lint"
+    "shellcheck:lint of the scripts"
+    "doxygen:the reference, without warnings"
+    "wpasupplicant:judges the supplicant file, without hardware or network"
+    "pkg-config:tests the installed library from outside"
+    "abigail-tools:compares the binary interface with the one promised"
+)
+
+# What the tests on emulated 32-bit ARM take.
+# shellcheck disable=SC2034
+arm_packages=(
+    "g++-arm-linux-gnueabihf:compiles for the camera"
+    "g++-11-arm-linux-gnueabihf:the oldest compiler that the library is tried with"
+    "g++-arm-linux-gnueabi:compiles for cameras without a floating-point unit"
+    "qemu-user-static:runs the camera's programs"
+)
