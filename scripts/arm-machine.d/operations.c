@@ -4,13 +4,18 @@
  * operations calls  makes each call between two of getppid, which nothing else makes
  * operations smaps  prints after them what the kernel says of the process's memory
  * operations ring   tells what is pending, then adds events and drops old ones without end
+ * operations clock SECONDS
+ *                   sets the clock, also to a time that the kernel does not take from
+ *                   a 32-bit machine's clock chip: one after January 2038
  */
 #include "cfg_set.h"
 #include "platform/param_store.h"
 
 #include <poll.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <time.h>
 #include <unistd.h>
 
 /* The firmware's store: nothing here needs more of it. */
@@ -77,6 +82,10 @@ static void keep_the_ring_busy(void)
 int main(int argc, char **argv)
 {
     const char *what = argc > 1 ? argv[1] : "";
+    if (argc > 2) {
+        const struct timespec now = {.tv_sec = strtoll(argv[2], NULL, 10)};
+        return clock_settime(CLOCK_REALTIME, &now) == 0 ? 0 : 1;
+    }
     if (strcmp(what, "ring") == 0)
         keep_the_ring_busy();
     if (*what)

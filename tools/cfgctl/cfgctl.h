@@ -1,5 +1,5 @@
 // cfgctl: the library's functions on the command line. This header is what
-// its verbs share; main.cpp reads the words, table.cpp says what they mean.
+// its verbs share; main.cpp reads the words, table.h says what they mean.
 #pragma once
 
 #include "help.h"
