@@ -1,40 +1,13 @@
 #include "desk/queues.h"
 
-#include "cfg_set.h"
 #include "desk/log.h"
+#include "tools/cfgctl/message_text.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace desk
 {
-
-static constexpr struct {
-    long type;
-    uint32_t command;
-    const char *meaning;
-} MEANINGS[] = {
-    {1, 7, "privacy event"},
-    {2, 2, "PIR detection on"},
-    {2, 3, "PIR detection off"},
-    {2, 4, "PIR: privacy mode entered"},
-    {2, 5, "PIR: privacy mode left"},
-    {4, 3, "sound sensitivity"},
-    {4, 4, "sound detection on"},
-    {4, 5, "sound detection off"},
-    {4, 6, "sound: privacy mode entered"},
-    {4, 7, "sound: privacy mode left"},
-    {7, 5, "recording: privacy mode entered"},
-    {7, 7, "recording: privacy mode left"},
-};
-
-static std::string meaning(long type, uint32_t command)
-{
-    for (const auto &row : MEANINGS)
-        if (row.type == type && row.command == command)
-            return row.meaning;
-    return type == 7 ? "recording" : "unknown";
-}
 
 std::string decoded(key_t queue, const QueueRecord &record, size_t length)
 {
@@ -51,12 +24,7 @@ std::string decoded(key_t queue, const QueueRecord &record, size_t length)
     message.msg_type = record.type;
     std::memcpy(reinterpret_cast<char *>(&message) + BODY, record.body,
                 std::min(length, sizeof message - BODY));
-    std::string line = "type " + std::to_string(message.msg_type) + " command " +
-                       std::to_string(message.command) + " value " + std::to_string(message.value);
-    const std::string parameter(message.param, sizeof message.param);
-    if (const size_t end = parameter.find_last_not_of('\0') + 1; end > 0)
-        line += " param " + quoted(parameter.substr(0, end));
-    return line + ": " + meaning(message.msg_type, message.command);
+    return cfgctl::line_of(message);
 }
 
 std::string take(key_t queue, long type, int flags, long *taken)

@@ -1,8 +1,7 @@
 // rec, monitor: the daemons' messages, one end and the other.
 
 #include "cfgctl.h"
-
-#include "cfg_set.h"
+#include "message_text.h"
 
 #include <cerrno>
 #include <csignal>
@@ -25,55 +24,13 @@ struct Received {
     char more[8192];
 };
 
-// clang-format off
-constexpr struct {
-    long type;
-    uint32_t command;
-    const char *meaning;
-} MEANINGS[] = {
-    {1, 7, "privacy event"}, {4, 3, "sound sensitivity"},
-    {2, 2, "PIR detection on"}, {2, 3, "PIR detection off"},
-    {2, 4, "PIR: privacy mode entered"}, {2, 5, "PIR: privacy mode left"},
-    {4, 4, "sound detection on"}, {4, 5, "sound detection off"},
-    {4, 6, "sound: privacy mode entered"}, {4, 7, "sound: privacy mode left"},
-    {7, 5, "recording: privacy mode entered"}, {7, 7, "recording: privacy mode left"},
-};
-// clang-format on
-
-std::string meaning(const daemon_message &message)
+std::string json_of(const daemon_message &message)
 {
-    for (const auto &row : MEANINGS)
-        if (row.type == message.msg_type && row.command == message.command)
-            return row.meaning;
-    return message.msg_type == 7 ? "recording" : "unknown";
-}
-
-std::string in_quotes(const std::string &bytes)
-{
-    std::string text = "\"";
-    for (const char c : bytes) {
-        char hex[8];
-        std::snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned char>(c));
-        const bool plain = c >= ' ' && c <= '~' && c != '"' && c != '\\';
-        text += plain ? std::string(1, c) : hex;
-    }
-    return text + "\"";
-}
-
-// The parameter bytes count as far as their trailing zeros.
-std::string decoded(const daemon_message &message, bool as_json)
-{
-    std::string param(message.param, sizeof message.param);
-    param.erase(param.find_last_not_of('\0') + 1);
-    if (as_json)
-        return text_of({{"type", message.msg_type},
-                        {"command", message.command},
-                        {"value", message.value},
-                        {"param", param},
-                        {"meaning", meaning(message)}});
-    return "type " + std::to_string(message.msg_type) + " command " +
-           std::to_string(message.command) + " value " + std::to_string(message.value) +
-           (param.empty() ? "" : " param " + in_quotes(param)) + ": " + meaning(message);
+    return text_of({{"type", message.msg_type},
+                    {"command", message.command},
+                    {"value", message.value},
+                    {"param", parameter(message)},
+                    {"meaning", meaning(message)}});
 }
 
 bool lives(int64_t pid)
@@ -146,7 +103,8 @@ void monitor(Call &call)
         if (length != BODY_SIZE)
             complain("not a daemon message: type " + std::to_string(received.message.msg_type) +
                      ", " + std::to_string(length) + " bytes");
-        else if (!print(decoded(received.message, call.has(JSON)) + "\n"))
+        else if (!print((call.has(JSON) ? json_of(received.message) : line_of(received.message)) +
+                        "\n"))
             return;
     }
 }
