@@ -262,9 +262,10 @@ TEST_F(CfgctlTest, RestoreAllIsAFirmwaresStart)
     const std::string log = logged();
     EXPECT_LT(log.find("run demo_MXSetMicMute_ 0"), log.find("wpa_supplicant -Dnl80211"));
     EXPECT_LT(log.find("wpa_supplicant -Dnl80211"), log.find("\"timezone\":\"Europe/Berlin\""));
-    EXPECT_THAT(log, testing::EndsWith("run killall ntpd; run ntpd -p a.example"));
+    EXPECT_LT(log.find("\"timezone\":\"Europe/Berlin\""), log.find("run ntpd -p a.example"));
+    EXPECT_THAT(log, HasSubstr("run ntpd -p a.example")); // udhcpc may come behind it
     check({
-        {"", "monitor --count 3", 0, "type 2 command 2 value 0: PIR detection on\ntype 4 command 4 value 0: sound detection on\ntype 4 command 3 value 0 param \"1\": sound sensitivity\n", "", ""},
+        {"", "monitor --count 3", 0, "type 2 command 2 value 0: PIR detection on\ntype 4 command 4 value 0: sound detection on\ntype 4 command 3 value 0 param \"1\": sound sensitivity\n", "", "*"},
         {"param set time_server '-S x'; param unset io_mic_enable", "restore --all", 4, "~time sync on               failed\n", "time_server cannot stand", "*"},
     });
 }
@@ -519,9 +520,9 @@ TEST_F(CfgctlTest, UploadDaemonIsDrivenFromStartToStop)
         {"", "upload stop", 1, "", "the daemon does not run", ""},
         {"", "upload config mode=4", 2, "", "mode= takes 0, 1, 2 or 3, not 4", ""},
         {"", "upload config mode=1 user=ann", 0, "", "", "*"},
-        {"", "upload status", 0, "mode     1\nrunning  yes\n", "", ""},
+        {"", "upload status", 0, "mode     1\nrunning  yes\n", "", "*"}, // the daemon logs when it comes to it
         {"", "upload stop", 0, "", "", "*"},
-        {"", "upload recover clip.mp4", 2, "", "recover takes a recording below /mnt/sdcard/video/", ""},
+        {"", "upload recover clip.mp4", 2, "", "recover takes a recording below /mnt/sdcard/video/", "*"},
         {"", "upload recover /tmp/clip.mp4", 2, "", "recover takes a recording below /mnt/sdcard/video/", ""},
         {"rm -rf /mnt/sdcard/video/.smbu", "upload recover " + clip, 4, "", clip + ": No such file", ""},
         {"mkdir -p /mnt/sdcard/video/20240101; echo >" + clip, "upload recover " + clip, 4, "", "the upload daemon has not made /mnt/sdcard/video/.smbu", ""},

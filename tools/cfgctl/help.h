@@ -9,9 +9,6 @@
 namespace cfgctl
 {
 
-constexpr const char *EXIT_STATUS = "0 done, 1 not found or false, 2 wrong usage, 3 not stored, "
-                                    "4 not applied";
-
 bool is(const char *text, const std::string &other);
 
 // "cfgctl VERB ...", as the command line has it.
