@@ -8,6 +8,7 @@
  *                   sets the clock, also to a time that the kernel does not take from
  *                   a 32-bit machine's clock chip: one after January 2038
  */
+#define _POSIX_C_SOURCE 200809L /* NOLINT(bugprone-reserved-identifier): POSIX's own name */
 #include "cfg_set.h"
 #include "platform/param_store.h"
 
