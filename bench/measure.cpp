@@ -52,7 +52,9 @@ void compare(const std::string &group, const std::vector<Way> &ways)
         if (round >= ROUNDS_MIN && error_of_median(ratios.back()) < ERROR_OF_CONTROL)
             break;
         for (size_t turn = 0; turn < all.size(); turn++) {
-            const size_t i = (round % 2 == 0 ? turn + round : all.size() - 1 - turn) % all.size();
+            // Each way comes first and last, and behind each other one, as often.
+            const size_t place = round % 2 == 0 ? turn : all.size() - 1 - turn;
+            const size_t i = (place + round / 2) % all.size();
             costs[i] = all[i].cost();
         }
         for (size_t i = 0; i < all.size(); i++)
