@@ -28,7 +28,7 @@ struct Row {
     int mode;
     const char *bytes;
     size_t length;
-    Operation library;
+    Operation ours;
 };
 
 int main(int argc, char **argv)
@@ -48,7 +48,7 @@ int main(int argc, char **argv)
     };
     Calls calls;
     for (const Row &row : rows)
-        calls.emplace_back(row.name, row.library);
+        calls.emplace_back(row.name, row.ours);
     if (argc > 1) {
         perform(calls);
         return 0;
@@ -58,7 +58,7 @@ int main(int argc, char **argv)
         constexpr int TIMES = 500;
         const auto hand = [&] { by_hand(row.path, row.mode, row.bytes, row.length); };
         compare("small files",
-                {{"by hand", cost_of(TIMES, hand)}, {row.name, cost_of(TIMES, row.library)}});
+                {{"by hand", cost_of(TIMES, hand)}, {row.name, cost_of(TIMES, row.ours)}});
     }
     return 0;
 }
