@@ -18,6 +18,12 @@ packages() {
         apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# The Debian archive that apt has here.
+mirror() {
+    # shellcheck disable=SC2016 # apt fills it in
+    apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | awk '!/security/ && !found++'
+}
+
 # What building the desk camera takes.
 # shellcheck disable=SC2034
 build_packages=(
