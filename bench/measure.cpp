@@ -52,7 +52,7 @@ void compare(const std::string &group, const std::vector<Way> &ways)
         if (round >= ROUNDS_MIN && error_of_median(ratios.back()) < ERROR_OF_CONTROL)
             break;
         for (size_t turn = 0; turn < all.size(); turn++) {
-            // Each way comes first and last, and behind each other one, as often.
+            // Each way comes first and last, and before and behind its neighbours, as often.
             const size_t place = round % 2 == 0 ? turn : all.size() - 1 - turn;
             const size_t i = (place + round / 2) % all.size();
             costs[i] = all[i].cost();
