@@ -19,7 +19,7 @@ __attribute__((constructor(101))) static void refuse_outside_the_camera_root()
 
 // The sanitizers read their environment from the kernel's /proc, which a
 // camera root does not have; neither can leaks be searched for without it.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" const char *__asan_default_options()
 {
     return "detect_leaks=0";

@@ -60,7 +60,7 @@ static std::string lock_name(int id)
 }
 
 // On 32-bit machines the calls for large files have names of their own.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTBEGIN(bugprone-reserved-identifier)
 #define WRAP_FOPEN(name)                                                                           \
     FILE *__real_##name(const char *, const char *);                                               \
     FILE *__wrap_##name(const char *path, const char *mode)                                        \
@@ -132,4 +132,4 @@ int __wrap_msgsnd(int id, const void *message, size_t length, int flags)
     return result;
 }
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTEND(bugprone-reserved-identifier)

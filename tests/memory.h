@@ -10,7 +10,7 @@ static int allocations_left = -1; // -1: as many as wanted
 static size_t last_size;          // bytes of the last allocation
 static std::set<void *> held;
 
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the linker's names
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
 extern "C" {
 
 void *__real_malloc(size_t size);
@@ -37,4 +37,4 @@ void __wrap_free(void *memory)
 }
 
 } // extern "C"
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTEND(bugprone-reserved-identifier)
