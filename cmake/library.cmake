@@ -26,6 +26,7 @@ add_library(cfg_set
     settings/messages.cpp
     settings/privacy.cpp
     settings/probes.cpp
+    settings/stored.cpp
     time/sync.cpp
     time/zone.cpp
     upload/upload.cpp)

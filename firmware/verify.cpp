@@ -130,9 +130,9 @@ int cfg_checkFirmware(FILE *fp, uint32_t dwLimit)
         REPORT("fread fail");
         return -1;
     }
-    if (applied("cfg_checkBoardId", cfg_checkBoardId(&header), HERE) != 0)
+    if (result_of("cfg_checkBoardId", cfg_checkBoardId(&header), HERE) != 0)
         return -1;
-    if (applied("cfg_checkHeaderChecksum", cfg_checkHeaderChecksum(&header), HERE) != 0)
+    if (result_of("cfg_checkHeaderChecksum", cfg_checkHeaderChecksum(&header), HERE) != 0)
         return -1;
-    return applied("cfg_checkImageChecksum", checkImageChecksum(fp, dwLimit), HERE);
+    return result_of("cfg_checkImageChecksum", checkImageChecksum(fp, dwLimit), HERE);
 }

@@ -1,7 +1,7 @@
 #include "network/link.h"
 
 #include "events/lock.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <stdlib.h>
 #include <string.h>

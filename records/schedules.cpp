@@ -1,4 +1,4 @@
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <stdlib.h>
 #include <string.h>

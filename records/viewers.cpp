@@ -1,4 +1,4 @@
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include "platform/viewer_relay.h"
 

@@ -1,6 +1,6 @@
 #include "settings/audio.h"
 
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <string.h>
 #include <unistd.h>
@@ -57,7 +57,7 @@ int cfg_saveMicEnable(uint32_t value)
         REPORT("param_save fail");
         return -1;
     }
-    return applied("cfg_setMicEnable", cfg_setMicEnable(value), HERE);
+    return result_of("cfg_setMicEnable", cfg_setMicEnable(value), HERE);
 }
 
 int cfg_restoreMicEnable(void)
@@ -65,7 +65,7 @@ int cfg_restoreMicEnable(void)
     uint32_t value;
     if (!stored_number("io_mic_enable", &value, HERE))
         return -1;
-    return applied("cfg_setMicEnable", cfg_setMicEnable(value), HERE);
+    return result_of("cfg_setMicEnable", cfg_setMicEnable(value), HERE);
 }
 
 int cfg_setSpeakerVolume(uint32_t volume)
@@ -87,7 +87,7 @@ int cfg_restoreSpeakerVolume(void)
     uint32_t volume;
     if (!stored_number("io_speaker_volume", &volume, HERE))
         return -1;
-    return applied("cfg_setSpeakerVolume", cfg_setSpeakerVolume(volume), HERE);
+    return result_of("cfg_setSpeakerVolume", cfg_setSpeakerVolume(volume), HERE);
 }
 
 int cfg_setSpeakerEnable(uint32_t value)
@@ -96,7 +96,7 @@ int cfg_setSpeakerEnable(uint32_t value)
         REPORT("cfg_restoreSpeakerVolume off");
         return 0;
     }
-    return applied("cfg_restoreSpeakerVolume", cfg_restoreSpeakerVolume(), HERE);
+    return result_of("cfg_restoreSpeakerVolume", cfg_restoreSpeakerVolume(), HERE);
 }
 
 int cfg_restoreSpeakerEnable(void)
@@ -104,7 +104,7 @@ int cfg_restoreSpeakerEnable(void)
     uint32_t value;
     if (!stored_number("io_speaker_enable", &value, HERE))
         return -1;
-    return applied("cfg_setSpeakerEnable", cfg_setSpeakerEnable(value), HERE);
+    return result_of("cfg_setSpeakerEnable", cfg_setSpeakerEnable(value), HERE);
 }
 
 int cfg_set2WayAudioEnable(uint32_t)

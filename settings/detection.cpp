@@ -1,5 +1,5 @@
 #include "firmware/board.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <signal.h>
 #include <string.h>
@@ -31,7 +31,7 @@ static int post(long receiver, uint32_t command, int32_t value = 0, const char *
 
 int cfg_setPirEnable(uint32_t on)
 {
-    if (applied("cfg_sendMsg", post(PIR, on ? 2 : 3), HERE) != 0)
+    if (result_of("cfg_sendMsg", post(PIR, on ? 2 : 3), HERE) != 0)
         return -1;
     char text[PID_SIZE + 1];
     if (file_block(ENGINE_PID_FILE, text, sizeof text) < 0) {
@@ -46,22 +46,22 @@ int cfg_setPirEnable(uint32_t on)
 
 int cfg_setPirPrivacyMode(uint32_t on)
 {
-    return applied("cfg_sendMsg", post(PIR, on ? 4 : 5), HERE);
+    return result_of("cfg_sendMsg", post(PIR, on ? 4 : 5), HERE);
 }
 
 int cfg_setPrivacyEvent(uint32_t on)
 {
-    return applied("cfg_setPrivacyEvent", post(PRIVACY, 7, on ? 1 : 0), HERE);
+    return result_of("cfg_setPrivacyEvent", post(PRIVACY, 7, on ? 1 : 0), HERE);
 }
 
 int cfg_setVolumeDetect(uint32_t on)
 {
-    return applied("cfg_sendMsg", post(SOUND, on ? 4 : 5), HERE);
+    return result_of("cfg_sendMsg", post(SOUND, on ? 4 : 5), HERE);
 }
 
 int cfg_setVolumeDetectPrivacyMode(uint32_t on)
 {
-    return applied("cfg_sendMsg", post(SOUND, on ? 6 : 7), HERE);
+    return result_of("cfg_sendMsg", post(SOUND, on ? 6 : 7), HERE);
 }
 
 // `level` modulo SENSITIVITIES, by the reciprocal: the camera's processor does
@@ -76,7 +76,7 @@ int cfg_setVolumeDetectSensitivity(uint32_t level)
 {
     char text[VALUE_SIZE];
     format(text, sizeof text, "%lu", (unsigned long)sensitivity_of(level));
-    return applied("cfg_sendMsg", post(SOUND, 3, 0, text), HERE);
+    return result_of("cfg_sendMsg", post(SOUND, 3, 0, text), HERE);
 }
 
 // stored_number of a detection switch; on boards that cannot have it on, the
@@ -99,7 +99,7 @@ int cfg_restorePirEnable(void)
     uint32_t on;
     if (!stored_switch("alert_pir_enable", &on, HERE))
         return -1;
-    return applied("cfg_setPirEnable", cfg_setPirEnable(on), HERE);
+    return result_of("cfg_setPirEnable", cfg_setPirEnable(on), HERE);
 }
 
 int cfg_restoreVolumeDetect(void)
@@ -107,7 +107,7 @@ int cfg_restoreVolumeDetect(void)
     uint32_t on;
     if (!stored_switch("alert_audio_enable", &on, HERE))
         return -1;
-    return applied("cfg_setVolumeDetect", cfg_setVolumeDetect(on), HERE);
+    return result_of("cfg_setVolumeDetect", cfg_setVolumeDetect(on), HERE);
 }
 
 int cfg_restoreVolumeDetectSensitivity(void)
@@ -115,7 +115,7 @@ int cfg_restoreVolumeDetectSensitivity(void)
     uint32_t level;
     if (!stored_number("alert_audio_sensitivity", &level, HERE))
         return -1;
-    return applied("cfg_setVolumeDetectSensitivity", cfg_setVolumeDetectSensitivity(level), HERE);
+    return result_of("cfg_setVolumeDetectSensitivity", cfg_setVolumeDetectSensitivity(level), HERE);
 }
 
 // The alert channels live in the store alone: nothing is applied to a device.
@@ -172,7 +172,7 @@ int cfg_restoreAlertType(void)
     char text[VALUE_SIZE];
     if (!stored_text("alert_type", text, sizeof text, HERE))
         return -1;
-    return applied("cfg_setAlertType", cfg_setAlertType((uint32_t)to_int(text)), HERE);
+    return result_of("cfg_setAlertType", cfg_setAlertType((uint32_t)to_int(text)), HERE);
 }
 
 int cfg_restoreAlertChatEnable(void)
@@ -180,7 +180,7 @@ int cfg_restoreAlertChatEnable(void)
     uint32_t value;
     if (!stored_number("alert_chat_enable", &value, HERE))
         return -1;
-    return applied("cfg_setAlertChatEnable", cfg_setAlertChatEnable(value), HERE);
+    return result_of("cfg_setAlertChatEnable", cfg_setAlertChatEnable(value), HERE);
 }
 
 int cfg_restoreMotionTrackEnable(void)

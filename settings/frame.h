@@ -3,7 +3,6 @@
 #pragma once
 
 #include "cfg_set.h"
-#include "platform/param_store.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -92,24 +91,9 @@ int to_int(const char *text);
 // not begin so.
 const char *scan_number(const char *text, const char *before, int *number);
 
-// The stored text of `key`. A failed read is reported for the caller as
-// "param_get fail" and leaves `text` as it was.
-bool stored_text(const char *key, char *text, unsigned size, const char *function, int line);
-
-// Stores a text; a refusal is reported for the caller as "param_set fail".
-bool put_setting(const char *key, const char *text, const char *function, int line);
-
-// The number at the start of the stored value, of which `size` - 1 characters
-// count (`size` at most VALUE_SIZE); 0 when it cannot be read. Reports nothing.
-int stored_int(const char *key, unsigned size);
-
-// First half of a restorer: the stored number of `key`, base 10. A failed read
-// is reported for the caller as "param_get fail".
-bool stored_number(const char *key, uint32_t *value, const char *function, int line);
-
-// Second half of a saver or restorer: 0 when the setter's result is 0, else -1
-// after the caller's report "SETTER fail".
-int applied(const char *setter, int result, const char *function, int line);
+// 0 when the result of the function `called` is 0, else -1 after the caller's
+// report "CALLED fail".
+int result_of(const char *called, int result, const char *function, int line);
 
 // Lower-cases exactly `length` bytes; a terminator does not stop it.
 void toLower(char *buffer, size_t length);

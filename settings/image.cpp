@@ -1,5 +1,5 @@
 #include "firmware/board.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 using namespace cfg_set;
 
@@ -24,7 +24,7 @@ int cfg_restoreIrEnable(void)
     uint32_t mode;
     if (!stored_number("io_ir_enable", &mode, HERE))
         return -1;
-    return applied("cfg_setIrEnable", cfg_setIrEnable((int)mode), HERE);
+    return result_of("cfg_setIrEnable", cfg_setIrEnable((int)mode), HERE);
 }
 
 int ir_mode(void)
@@ -52,7 +52,7 @@ int cfg_restoreVideoOrientation(void)
     uint32_t value;
     if (!stored_number("io_video_orientation", &value, HERE))
         return -1;
-    return applied("cfg_setVideoOrientation", cfg_setVideoOrientation(value), HERE);
+    return result_of("cfg_setVideoOrientation", cfg_setVideoOrientation(value), HERE);
 }
 
 int cfg_setBacklightCompensation(uint32_t value)
@@ -78,7 +78,7 @@ int cfg_restoreBacklightCompensation(void)
     uint32_t value;
     if (!stored_number("io_backlight_compensation", &value, HERE))
         return -1;
-    return applied("cfg_setBacklightCompensation", cfg_setBacklightCompensation(value), HERE);
+    return result_of("cfg_setBacklightCompensation", cfg_setBacklightCompensation(value), HERE);
 }
 
 int night_mode(uint32_t on)
@@ -137,7 +137,7 @@ int cfg_restoreWLEDEnable(void)
     uint32_t mode;
     if (!stored_number("wled_mode", &mode, HERE))
         return -1;
-    return applied("cfg_setWLEDEnable", cfg_setWLEDEnable(mode), HERE);
+    return result_of("cfg_setWLEDEnable", cfg_setWLEDEnable(mode), HERE);
 }
 
 int rlamp_mode(int mode)
@@ -174,7 +174,7 @@ int cfg_restoreRlampEnable(void)
     if (!stored_number("rlamp_mode", &mode, HERE))
         return -1;
     // The other lamp's name is the text that log readers look for.
-    return applied("cfg_setWLEDEnable", cfg_setRlampEnable(mode), HERE);
+    return result_of("cfg_setWLEDEnable", cfg_setRlampEnable(mode), HERE);
 }
 
 int cfg_isLEDDisabled(void)

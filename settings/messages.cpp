@@ -45,5 +45,5 @@ int cfg_setRec(uint32_t command, const void *params, uint32_t length)
     }
     if (params)
         memcpy(message.param, params, length);
-    return applied("cfg_sendMsg", cfg_sendMsg(&message), HERE);
+    return result_of("cfg_sendMsg", cfg_sendMsg(&message), HERE);
 }

@@ -1,5 +1,5 @@
 #include "events/lock.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 using namespace cfg_set;
 
@@ -58,7 +58,7 @@ int cfg_set_privacy(uint32_t on)
     param_set(PRIVACY_KEY, text);
 
     const bool entering = on != 0;
-    applied("cfg_setPrivacyEvent", cfg_setPrivacyEvent(entering), HERE);
+    result_of("cfg_setPrivacyEvent", cfg_setPrivacyEvent(entering), HERE);
     drive_device(entering);
     if (cfg_setRec(entering ? PRIVACY_ENTERED : PRIVACY_LEFT, nullptr, 0) != 0)
         REPORT_ERROR("cfg_setRec fail");

@@ -2,7 +2,7 @@
 // setting's test sees of it is not repeated here.
 
 #include "doubles.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 using namespace cfg_set;
 using namespace doubles;
@@ -54,7 +54,7 @@ TEST_F(FrameTest, CommandsAndFiles)
         {{}, {}, CALL(written(5000)), 5000, {"fopen /proc/value w", "write " + std::string(5000, 'x'), "save", "fclose"}, ""},
         {{{"/proc/value/", ""}}, {}, CALL(written(1)), 0, {"save"}, ""},
         {{}, {"set key"}, CALL_AS(caller, put_setting("key", "v", "caller", 7)), 0, {"set key=v"}, "param_set fail"},
-        {{}, {}, CALL_AS(caller, applied("setter", 1, "caller", 7)), -1, {}, "setter fail"},
+        {{}, {}, CALL_AS(caller, result_of("setter", 1, "caller", 7)), -1, {}, "setter fail"},
         {{{"/tmp/some", ""}}, {}, CALL(words(file_check(nullptr), file_check("/tmp/none"), file_check("/tmp/some"))), "0 0 1", {}, ""},
     });
 }

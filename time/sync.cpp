@@ -1,4 +1,4 @@
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <string.h>
 
@@ -37,5 +37,5 @@ int cfg_setTimeSync(int enable)
 
 int cfg_restoreTimeSync(void)
 {
-    return applied("cfg_setTimeSync", cfg_setTimeSync(1), HERE);
+    return result_of("cfg_setTimeSync", cfg_setTimeSync(1), HERE);
 }

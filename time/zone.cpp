@@ -1,7 +1,7 @@
 #include "time/zone.h"
 
 #include "platform/relay_ipc.h"
-#include "settings/frame.h"
+#include "settings/stored.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -120,6 +120,6 @@ int cfg_restoreTimeZoneDst(void)
         REPORT("param_get fail");
         return -1;
     }
-    return applied("cfg_setTimeZoneDst", cfg_setTimeZoneDst(offset_minutes, (uint32_t)to_int(text)),
-                   HERE);
+    return result_of("cfg_setTimeZoneDst",
+                     cfg_setTimeZoneDst(offset_minutes, (uint32_t)to_int(text)), HERE);
 }
