@@ -1,5 +1,5 @@
-// counted WHAT TIMES: does one thing so many times over, for bench/count to
-// count the instructions of.
+// counted WHAT TIMES: repeats one operation TIMES times, so that bench/count can
+// count its instructions.
 
 #include "bench/byte_wise.h"
 
@@ -9,7 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-static volatile uint32_t result; // so that nothing is left out
+static volatile uint32_t result; // keeps the compiler from removing the work
 
 static const unsigned char BYTES[8192] = {};
 

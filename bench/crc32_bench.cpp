@@ -1,4 +1,4 @@
-// CRC-32 beside its references, and the memory that checking an image takes.
+// Compares CRC-32 with its references and measures the memory of an image check.
 
 #include "bench/byte_wise.h"
 #include "bench/measure.h"
@@ -37,7 +37,7 @@ static uint32_t by_library(uint32_t, const unsigned char *bytes, size_t length)
     return cfg_getCrc32(bytes, static_cast<uint32_t>(length));
 }
 
-// The bytes of the file are taken out of the stream and not looked at.
+// Reads the whole file without hashing it.
 static uint32_t by_reading(uint32_t crc, const unsigned char *, size_t)
 {
     return crc;
@@ -68,7 +68,7 @@ static void in_memory(size_t size, const std::string &title)
 
 static uint32_t of_file(FILE *file, Add add)
 {
-    unsigned char chunk[512]; // as the library reads
+    unsigned char chunk[512]; // as the library does
     uint32_t crc = 0;
     for (size_t count; (count = std::fread(chunk, 1, sizeof chunk, file)) > 0;)
         crc = add(crc, chunk, count);
@@ -108,8 +108,8 @@ static void in_file()
              way("with a stream buffer of 64 KB", library_of_file, nullptr, 65536)});
 }
 
-// Peak memory, in KB, of a process that does nothing but check an image of
-// this size: holes, with a header that passes up to the last check.
+// Peak memory, in KB, of a process that only checks an image of this size: a
+// sparse file whose header passes all checks but the last.
 static long peak_of_check(off_t size)
 {
     std::fflush(stdout);

@@ -1,5 +1,5 @@
-// The event ring beside a program that makes the same system calls by hand,
-// and beside what else could keep events for many processes.
+// Compares the event ring with a program that makes the same system calls by
+// hand, and with other stores that processes can share.
 
 #include "bench/measure.h"
 #include "events/storage.h"
@@ -124,9 +124,9 @@ static void one_process()
             {{"with 1 event held", holding(1)}, {"with 512 events held", holding(512)}});
 }
 
-// ---- Many processes, and other places to keep events in.
+// ---- Many processes, and other stores.
 
-// Opens the place and gives what adds one event and drops the oldest.
+// Opens the store and returns a function that adds one event and drops the oldest.
 using Opener = Operation (*)();
 
 static Operation open_ring()
@@ -245,7 +245,7 @@ static Operation open_lmdb()
     };
 }
 
-// Processes that wait, and change the place together when they are told to.
+// Processes that wait, then all change the store at the same time.
 struct Crowd {
     struct Shared {
         std::atomic<bool> stop;
@@ -256,7 +256,7 @@ struct Crowd {
     int start[2]; // a pipe: a byte sets one process to work
 };
 
-// Or two processes now share one and now do not, which differ by a factor.
+// Two processes that sometimes share a processor would differ by a factor.
 static void stay_on_processor(int number)
 {
     cpu_set_t set;
@@ -274,7 +274,7 @@ static Crowd crowd_at(Opener open, int processes)
     for (int i = 0; i < processes; i++) {
         if (fork() != 0)
             continue;
-        close(crowd.start[1]); // so that the reader's end comes when the parent ends
+        close(crowd.start[1]); // a reader must see the end when the parent ends
         stay_on_processor(i);
         const Operation change = open();
         for (char go; read(crowd.start[0], &go, 1) == 1;) {
@@ -289,7 +289,7 @@ static Crowd crowd_at(Opener open, int processes)
     return crowd;
 }
 
-// Seconds a change, of all processes together.
+// Seconds per change, over all processes.
 static double cost_at(const Crowd &crowd, int processes)
 {
     constexpr useconds_t DURATION = 30000;
@@ -338,7 +338,7 @@ int main(int argc, char **argv)
     const Calls calls = {
         {"cfg_enqueueEvent", enqueue}, {"cfg_dequeueEvent", dequeue}, {"cfg_getEvent", peek}};
     if (argc > 1) {
-        enqueue(); // so that none of the operations finds the ring empty
+        enqueue(); // no operation may find the ring empty
         enqueue();
         perform(calls);
         return 0;

@@ -1,5 +1,5 @@
-// Probes and driver writes beside open, read or write, and close by hand. The
-// drivers' files are plain ones here: what is compared is the way to them.
+// Compares probes and driver writes with open, read or write, and close by hand.
+// The drivers' files are plain files here: only the calls are compared.
 
 #include "bench/measure.h"
 #include "cfg_set.h"

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <unistd.h>
 
-// Rounds go on until the control is known this well, or patience ends.
+// Rounds continue until the control has this precision, or up to the limit.
 constexpr size_t ROUNDS_MIN = 25;
 constexpr size_t ROUNDS_MAX = 400;
 constexpr double ERROR_OF_CONTROL = 0.01;
@@ -34,8 +34,8 @@ static double quantile(std::vector<double> values, size_t quarters)
     return values[(values.size() - 1) * quarters / 4];
 }
 
-// Of a median: 1.25 standard deviations of a mean, which 1.35 of the distance
-// between the quartiles is.
+// The error of a median is 1.25 times that of a mean; the distance between the
+// quartiles is 1.35 standard deviations.
 static double error_of_median(const std::vector<double> &values)
 {
     return 1.25 / 1.35 * (quantile(values, 3) - quantile(values, 1)) /
@@ -52,7 +52,7 @@ void compare(const std::string &group, const std::vector<Way> &ways)
         if (round >= ROUNDS_MIN && error_of_median(ratios.back()) < ERROR_OF_CONTROL)
             break;
         for (size_t turn = 0; turn < all.size(); turn++) {
-            // Each way comes first and last, and before and behind its neighbours, as often.
+            // Each way is first, last, before and after its neighbours equally often.
             const size_t place = round % 2 == 0 ? turn : all.size() - 1 - turn;
             const size_t i = (place + round / 2) % all.size();
             costs[i] = all[i].cost();
@@ -88,7 +88,7 @@ std::function<double()> cost_of(int times, const Operation &work, const Operatio
     };
 }
 
-// Each between two calls of getppid, which nothing else makes.
+// Calls of getppid, which nothing else makes, mark the start and end of each.
 void perform(const Calls &calls)
 {
     for (const auto &[name, call] : calls) {

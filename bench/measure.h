@@ -1,6 +1,5 @@
-// What the benchmarks have in common. Each prints rows, a JSON object a line:
-// the group a row stands in, its name, value and unit; a sampled value also
-// with its quartiles. scripts/bench makes the table of them.
+// Shared by the benchmarks. Each prints one JSON object a row: group, name, value,
+// unit and, for a sampled value, its quartiles. scripts/bench prints the table.
 #pragma once
 
 #include <functional>
@@ -12,29 +11,29 @@ using Operation = std::function<void()>;
 // Ends the program when `condition` is false.
 void require(bool condition, const char *what);
 
-// A figure that was counted.
+// Prints a counted figure.
 void print_row(const std::string &group, const std::string &name, double value, const char *unit);
 
 // One of several ways to do the same work.
 struct Way {
     std::string name;
-    std::function<double()> cost; // a sample: seconds of the work, done some times over
+    std::function<double()> cost; // one sample: seconds that several repetitions take
 };
 
-// Prints how many times as fast as ways[0] each of the others is: the median
-// of many rounds, in each of which all take turns. A row of control compares
-// ways[0] with itself: what it is off 1 is noise.
+// Prints the speed of each way relative to ways[0]: the median of many rounds in
+// which all ways take turns. A control row compares ways[0] with itself: its
+// distance from 1 is noise.
 void compare(const std::string &group, const std::vector<Way> &ways);
 
-// Processor time of this process: what else the machine does is not in it.
+// Processor time of this process, so other load on the machine does not count.
 double cpu_seconds();
 
-// A cost: the processor time of doing `work` so many times, after `prepare`.
+// A cost: the processor time of repeating `work`, after `prepare`.
 std::function<double()> cost_of(
     int times, const Operation &work, const Operation &prepare = [] {});
 
-// Prints how many system calls each way makes, which strace counts. The
-// program is run again for it: with an argument it has to call `perform`.
+// Prints how many system calls each way makes, as strace counts them. It runs the
+// program again with an argument; the program must then call `perform`.
 using Calls = std::vector<std::pair<std::string, Operation>>;
 void count_system_calls(const char *program, const Calls &calls);
 void perform(const Calls &calls);

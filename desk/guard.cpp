@@ -1,6 +1,6 @@
-// Linked into every program built for the desk. The library's command lines
-// are real (killall, rm -rf, SIGTERM to every process), so such a program ends
-// before main unless it stands in a camera root.
+// Linked into every program built for the desk. The library's command lines are
+// real (killall, rm -rf, SIGTERM to every process), so outside a camera root such
+// a program ends before main.
 
 #include <cstring>
 #include <unistd.h>
@@ -17,8 +17,8 @@ __attribute__((constructor(101))) static void refuse_outside_the_camera_root()
     _exit(126);
 }
 
-// The sanitizers read their environment from the kernel's /proc, which a
-// camera root does not have; neither can leaks be searched for without it.
+// The sanitizers read their environment from the kernel's /proc, which a camera
+// root does not have. Leak detection needs it too.
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" const char *__asan_default_options()
 {

@@ -26,7 +26,7 @@ static int store_failed(const char *what)
     return STORE_FAILED;
 }
 
-// Output that a full disk or a closed pipe swallowed must not pass for printed.
+// A full disk or a closed pipe must not look like success.
 static int printed()
 {
     return std::fflush(stdout) == 0 ? 0 : store_failed("print");

@@ -17,7 +17,7 @@ namespace desk
 namespace
 {
 
-// The writers' lock, held while the object lives. Given back by the kernel
+// The writers' lock, held for the lifetime of the object. The kernel releases it
 // when its holder dies.
 class Lock
 {
@@ -77,7 +77,7 @@ std::string from_line(std::string_view text)
     return value;
 }
 
-// A line without "=" or before it a "#" (a comment of the defaults) is no setting.
+// Lines without "=" and comments (a "#" before the "=") are not settings.
 Settings parse(std::string_view text)
 {
     Settings settings;
@@ -93,8 +93,8 @@ Settings parse(std::string_view text)
     return settings;
 }
 
-// The file's text; none when it cannot be read, `absent` then telling whether
-// it is not there. Only that may be answered with what an older file has.
+// The file's text; none when it cannot be read. `absent` tells whether the file
+// does not exist: only then may an older file be used instead.
 std::optional<std::string> read_file(const char *path, bool &absent)
 {
     FILE *file = std::fopen(path, "re");
@@ -124,8 +124,8 @@ bool sync_folder(const std::string &path)
     return synced;
 }
 
-// Puts a whole new file in the place of `path`, so that a reader, a full disk
-// or a power cut meets either the old file or the new one.
+// Replaces `path` with a complete new file. After a full disk or a power cut, and
+// for every reader, it is either the old file or the new one.
 bool replace_file(const std::string &path, const std::string &text)
 {
     const std::string temporary = path + ".new";
@@ -136,7 +136,7 @@ bool replace_file(const std::string &path, const std::string &text)
     good = std::fflush(file) == 0 && good;
     good = good && fsync(fileno(file)) == 0;
     good = good && std::rename(temporary.c_str(), path.c_str()) == 0;
-    // On vfat it is the file, not its folder, that says where a renamed one lies.
+    // On vfat, fsync of the renamed file, not of its folder, makes the name durable.
     good = good && fsync(fileno(file)) == 0;
     good = std::fclose(file) == 0 && good;
     if (!good) {
@@ -146,7 +146,7 @@ bool replace_file(const std::string &path, const std::string &text)
     return sync_folder(path);
 }
 
-// Under the lock: the working copy, made from the saved one on first use.
+// Call with the lock held. The working copy, made from the saved one on first use.
 std::optional<std::string> working_copy()
 {
     bool absent = false;

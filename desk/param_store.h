@@ -2,11 +2,11 @@
 // setting, "key=value", with backslash, line feed and carriage return of a
 // value written as \\, \n and \r.
 //
-// The working copy lies in RAM, where every process of the camera sees a
-// change at once; the saved copy lies in flash. The first use after a start
-// makes the working copy from the saved one, or from the firmware's defaults
-// when nothing was ever saved. Writers hold a file lock; readers need none,
-// since a copy is only ever replaced whole.
+// The working copy is in RAM, where every process of the camera sees a change at
+// once; the saved copy is in flash. The first use after a start makes the working
+// copy from the saved one, or from the firmware's defaults when nothing was ever
+// saved. Writers hold a file lock. Readers need none, because a copy is only ever
+// replaced whole.
 #pragma once
 
 #include <map>

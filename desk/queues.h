@@ -1,4 +1,4 @@
-// The firmware's message queues and what their records say.
+// The firmware's message queues and their records.
 #pragma once
 
 #include <string>
@@ -17,11 +17,11 @@ struct QueueRecord {
     char body[512];
 };
 
-// One line of what the record says, `length` being that of its body.
+// The record as one line of text; `length` is that of its body.
 std::string decoded(key_t queue, const QueueRecord &record, size_t length);
 
-// Takes the next record of the type, 0 being any, and says what it says; empty
-// when there is none. `flags` are msgrcv's.
+// Takes the next record of the type (0: any) and returns it as text, empty when
+// there is none. `flags` are those of msgrcv.
 std::string take(key_t queue, long type, int flags, long *taken = nullptr);
 
 } // namespace desk

@@ -1,6 +1,6 @@
-// The desk camera's detection and recording daemons, as far as their queue
-// goes: take the messages of their types and log them, decoded. They step
-// aside while /var/run/monitor.pid names a process that lives.
+// The queue side of the desk camera's detection and recording daemons: they take
+// the messages of their types, decode and log them. They pause while
+// /var/run/monitor.pid names a live process.
 
 #include "desk/log.h"
 #include "desk/queues.h"

@@ -1,8 +1,7 @@
-// Stands on PATH under the name of every tool that the firmware runs: records
-// its argument list in the camera's log, behaves as the script /etc/desk/NAME
-// says, and records its end, too, when the camera is traced. Without a script
-// it prints nothing and succeeds. As "recorder KIND TEXT" it adds a line to the
-// log, for scripts.
+// Installed on PATH under the name of every tool that the firmware runs. It logs
+// its argument list and runs the script /etc/desk/NAME; without a script it prints
+// nothing and succeeds. When the camera is traced it also logs its end. Scripts
+// call it as "recorder KIND TEXT" to add a line to the log.
 
 #include "desk/log.h"
 
@@ -20,7 +19,7 @@ static int run_script(const std::string &script, char **words)
         return 0;
     const pid_t child = fork();
     if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM); // ends with the tool that it stands for
+        prctl(PR_SET_PDEATHSIG, SIGTERM); // ends with the tool it replaces
         std::vector<const char *> arguments{"/bin/sh", script.c_str()};
         while (*words)
             arguments.push_back(*words++);

@@ -1,5 +1,5 @@
-// The relay client of the desk camera: appends what it is given, decoded, to
-// the camera's log. A file /etc/desk/relay.down makes every call fail, as when
+// The relay client of the desk camera: decodes each record and appends it to the
+// camera's log. If the file /etc/desk/relay.down exists, every call fails, as when
 // the relay client does not run.
 
 #include "desk/log.h"

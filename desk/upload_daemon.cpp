@@ -1,6 +1,5 @@
-// The upload daemon of the desk camera, which /etc/desk/smbu starts: puts
-// itself in the background, logs what it is sent, and ends when it is told to.
-// It uploads nothing.
+// The upload daemon of the desk camera, started by /etc/desk/smbu. It runs in the
+// background, logs what it receives, and ends on request. It uploads nothing.
 
 #include "desk/log.h"
 #include "desk/queues.h"
@@ -23,8 +22,8 @@ static bool put_text(const std::string &path, const std::string &text)
     return std::fclose(file) == 0 && good;
 }
 
-// Logs signals, each behind the account records that were sent before it,
-// until one says stop.
+// Logs signals, each after the account records that were sent before it, until a
+// stop signal.
 static void serve()
 {
     long signal = 0;

@@ -12,7 +12,7 @@ constexpr uint32_t POLYNOMIAL = 0xEDB88320;
 constexpr uint32_t START = 0xFFFFFFFF;
 constexpr size_t CHUNK_SIZE = 512;
 
-// The checksum `byte` after eight more bits.
+// The checksum after shifting eight bits of `byte` through the polynomial.
 constexpr uint32_t entry(uint32_t byte)
 {
     uint32_t value = byte;
@@ -35,7 +35,7 @@ static uint32_t add_byte(uint32_t crc, uint8_t byte)
     return crc32_tab[(crc ^ byte) & 0xFF] ^ crc >> 8;
 }
 
-// Four bytes from any address, the first lowest.
+// A little-endian word from any address.
 static uint32_t word_at(const uint8_t *bytes)
 {
     uint32_t word;
@@ -43,7 +43,7 @@ static uint32_t word_at(const uint8_t *bytes)
     return le32toh(word);
 }
 
-// add_step takes in STEP bytes at once.
+// add_step processes STEP bytes at a time.
 #ifdef __ARM_FEATURE_CRC32
 
 constexpr size_t STEP = 4;
@@ -55,12 +55,12 @@ static uint32_t add_step(uint32_t crc, const uint8_t *bytes)
 
 #else
 
-// One table for each byte of a step. On the camera's processor eight save no
-// instructions over four, and crowd its cache.
+// One table for each byte of a step. On the camera's processor, eight tables save
+// no instructions over four and fill more of the cache.
 constexpr size_t STEP = sizeof(void *) == 4 ? 4 : 8;
 
-// A table as it is when one more byte has come: a variable each, so that each
-// has a register of its own in the loop.
+// The table for a byte that is one place earlier in the step. Each table is a
+// variable of its own, so that the loop keeps its address in a register.
 struct Slice {
     uint32_t entry[256];
 };
@@ -100,7 +100,7 @@ static uint32_t add(uint32_t crc, const uint8_t *bytes, size_t length)
 {
     size_t steps = length / STEP;
     if (steps > 0) {
-        do { // tested at its end: a jump less for each step when compiled for size
+        do { // one jump less for each step than a while loop when compiled for size
             crc = add_step(crc, bytes);
             bytes += STEP;
         } while (--steps > 0);
@@ -137,7 +137,7 @@ uint32_t cfg_getCrc32FromFile(FILE *fp, uint32_t dwSkip, uint32_t dwLimit)
             return ~crc;
         total += (uint32_t)count;
 
-        // A read no longer than the pending skip is taken in whole.
+        // A read that is no longer than the pending skip is hashed whole.
         size_t skipped = 0;
         if (count > dwSkip) {
             skipped = dwSkip;

@@ -9,7 +9,7 @@
 
 using namespace cfg_set;
 
-// What an image begins with. Numbers are big-endian; the rest is not looked at.
+// The header of an image. Numbers are big-endian; the other bytes are not used.
 struct ImageHeader {
     uint8_t rest1[4];
     uint32_t dwHeaderChecksum;
@@ -24,7 +24,7 @@ static_assert(offsetof(ImageHeader, dwHeaderChecksum) == 4, "dwHeaderChecksum");
 static_assert(offsetof(ImageHeader, dwImageChecksum) == 24, "dwImageChecksum");
 static_assert(offsetof(ImageHeader, sBoardId) == 32, "sBoardId");
 
-// A board id of the longest form, terminated.
+// Bytes of the longest board id, with a terminator.
 constexpr size_t BOARD_ID_TEXT_SIZE = sizeof(ImageHeader::sBoardId) + 1;
 
 int cfg_checkHeaderChecksum(const void *pbHeader)
@@ -62,7 +62,7 @@ int cfg_checkBoardId(const void *pbHeader)
     }
     toLower(device, sizeof device);
 
-    // The model is what stands before the first "h" that is not the first letter.
+    // The model ends before the first "h" that is not the first letter.
     char model[BOARD_ID_TEXT_SIZE];
     memcpy(model, device, sizeof model);
     char *end = strchr(model + 1, 'h');
@@ -109,7 +109,7 @@ int cfg_set::checkImageChecksum(FILE *fp, uint32_t dwLimit)
         REPORT("image checksum not match [%#x]!=[%#x]", computed, stored);
         return -1;
     }
-    // What a failing medium has not given counts as zeros and as the end.
+    // After a read error the missing bytes count as zeros and as the end of file.
     if (ferror(fp)) {
         REPORT("stream error");
         return -1;

@@ -8,7 +8,7 @@ namespace cfg_set
 {
 
 // 0 when the bytes after the header, up to `dwLimit` (0: to the end of file),
-// have the checksum that the header states; -1 after a report.
+// have the checksum in the header; -1 after a report.
 int checkImageChecksum(FILE *fp, uint32_t dwLimit);
 
 } // namespace cfg_set
