@@ -35,7 +35,13 @@ static int create(key_t key)
         return -1;
     }
     unsigned short values[] = {FREE};
-    if (semctl(id, 0, SETALL, values) != 0) {
+    union { // semctl's, which the caller declares
+        int val;
+        semid_ds *buf;
+        unsigned short *array;
+    } argument;
+    argument.array = values;
+    if (semctl(id, 0, SETALL, argument) != 0) {
         fprintf(stderr, "SETALL failed (%d)\n", errno);
         return -1;
     }

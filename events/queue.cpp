@@ -37,9 +37,10 @@ static void leave(EventQueue *queue, int lock, const char *function, int line)
 
 // Head, tail and count change in one store, so that a process killed between
 // any two instructions leaves the old ones or the new, never some of each. On
-// ARM that is one stmia, which a signal does not divide; elsewhere a vector of
-// four words, which a compiler splits where the processor has no 16-byte
-// stores.
+// ARM that is one stmia, which a signal does not divide. It stores registers in
+// ascending order, so the three are named, and moves the address, since Thumb-1
+// has no other form. Elsewhere it is a vector of four words, which a compiler
+// splits where the processor has no 16-byte stores.
 static void set_indices(EventQueue *queue, uint32_t head, uint32_t tail, uint32_t count)
 {
     __atomic_signal_fence(__ATOMIC_SEQ_CST); // an event is whole before it counts
