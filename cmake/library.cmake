@@ -9,26 +9,36 @@ add_library(cfg_set
     events/storage.cpp
     firmware/board.cpp
     firmware/crc32.cpp
+    firmware/speech.cpp
     firmware/upgrade.cpp
     firmware/verify.cpp
     network/interfaces.cpp
     network/link.cpp
+    network/link_stored.cpp
     network/supplicant.cpp
+    network/supplicant_stored.cpp
     records/features.cpp
     records/schedules.cpp
+    records/schedules_check.cpp
     records/sounds.cpp
     records/str_replace.cpp
     records/viewers.cpp
     settings/audio.cpp
+    settings/audio_stored.cpp
     settings/detection.cpp
+    settings/detection_stored.cpp
     settings/frame.cpp
     settings/image.cpp
+    settings/image_stored.cpp
     settings/messages.cpp
     settings/privacy.cpp
     settings/probes.cpp
+    settings/probes_stored.cpp
+    settings/prompts.cpp
     settings/stored.cpp
     time/sync.cpp
     time/zone.cpp
+    upload/daemon.cpp
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 
@@ -47,8 +57,8 @@ target_compile_options(cfg_set PRIVATE
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(CFG_SET_WIDE_TIME _TIME_BITS=64 _FILE_OFFSET_BITS=64)
 endif()
-target_compile_definitions(cfg_set_warnings INTERFACE ${CFG_SET_WIDE_TIME})
-target_link_libraries(cfg_set PRIVATE $<BUILD_INTERFACE:cfg_set_warnings>)
+target_compile_definitions(cfg_set_options INTERFACE ${CFG_SET_WIDE_TIME})
+target_link_libraries(cfg_set PRIVATE $<BUILD_INTERFACE:cfg_set_options>)
 
 # The library's calls of its own functions stay inside it, whatever functions
 # of these names the program has.

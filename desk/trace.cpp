@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/sem.h>
 #include <sys/wait.h>
@@ -79,13 +81,16 @@ static std::string lock_name(int id)
             opened_for_writing(path);                                                              \
         return file;                                                                               \
     }
-#define WRAP_PAUSE(type, name, unit)                                                               \
-    type __real_##name(unsigned);                                                                  \
-    type __wrap_##name(unsigned time)                                                              \
+#define WRAP_NANOSLEEP(name)                                                                       \
+    int __real_##name(clockid_t, int, const timespec *, timespec *);                               \
+    int __wrap_##name(clockid_t clock, int flags, const timespec *end, timespec *left)             \
     {                                                                                              \
         const double since = desk::seconds();                                                      \
-        const type result = __real_##name(time);                                                   \
-        tell("pause", std::to_string(time) + (unit) + desk::lasted("slept", since));               \
+        const int result = __real_##name(clock, flags, end, left);                                 \
+        const auto at =                                                                            \
+            static_cast<double>(end->tv_sec) + static_cast<double>(end->tv_nsec) / 1e9;            \
+        tell("pause", std::to_string(std::lround((at - since) * 1e3)) + " ms" +                    \
+                          desk::lasted("slept", since));                                           \
         return result;                                                                             \
     }
 
@@ -94,8 +99,20 @@ WRAP_FOPEN(fopen)
 WRAP_FOPEN(fopen64)
 WRAP_OPEN(open)
 WRAP_OPEN(open64)
-WRAP_PAUSE(unsigned, sleep, " s")
-WRAP_PAUSE(int, usleep, " us")
+#ifdef _TIME_BITS
+WRAP_NANOSLEEP(__clock_nanosleep_time64)
+#else
+WRAP_NANOSLEEP(clock_nanosleep)
+#endif
+
+unsigned __real_sleep(unsigned);
+unsigned __wrap_sleep(unsigned time)
+{
+    const double since = desk::seconds();
+    const unsigned result = __real_sleep(time);
+    tell("pause", std::to_string(time) + " s" + desk::lasted("slept", since));
+    return result;
+}
 
 int __real_system(const char *);
 int __wrap_system(const char *command)

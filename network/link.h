@@ -1,5 +1,7 @@
-// Inside the library only: what link control asks of the system.
+// Inside the library only: what the files of link control share.
 #pragma once
+
+#define RELEASE_LEASE "/etc_ro/udhcpc.kill wlan0"
 
 namespace cfg_set
 {

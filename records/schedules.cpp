@@ -1,6 +1,5 @@
 #include "settings/stored.h"
 
-#include <stdlib.h>
 #include <string.h>
 
 using namespace cfg_set;
@@ -10,16 +9,12 @@ using namespace cfg_set;
 
 constexpr int SCHEDULE_SLOTS = 9; // emptied before a list is stored
 constexpr int ALARM_CLOCK_SLOTS = 7;
-constexpr int SLOT_LIMIT = 100; // two digits
 constexpr size_t KEY_SIZE = sizeof SCHEDULES "00";
+static_assert(sizeof SCHEDULES == sizeof ALARM_CLOCKS, "the keys of both lists");
 
 constexpr int SCHEDULE_NUMBERS = 7;
 constexpr int ALARM_CLOCK_NUMBERS = 3;
 constexpr size_t ALARM_CLOCK_VALUE_SIZE = 512;
-
-constexpr uint32_t SWITCH_MAX = 1;
-constexpr uint32_t MINUTE_MAX = 24 * 60;
-constexpr uint32_t DAYS_MAX = 0x7f;
 
 // The numbers of an entry are read as an array.
 static_assert(sizeof(sched_entry) == 28 && SCHEDULE_NUMBERS * sizeof(int32_t) == 28, "numbers");
@@ -50,14 +45,14 @@ static bool set_slot(const char *list, int slot, const char *value, const char *
     return false;
 }
 
-// The value of a slot. False where the list ends: at an empty slot, or at one
-// that cannot be read, which is reported for the caller.
+// The value of a slot. False where the list ends: at an empty slot, at one
+// without a key, or at one that cannot be read, which is reported for the caller.
 static bool get_slot(const char *list, int slot, char *value, unsigned size, const char *function,
                      int line)
 {
     char key[KEY_SIZE];
-    slot_key(key, list, slot);
-    return stored_text(key, value, size, function, line) && *value != '\0';
+    return slot_key(key, list, slot) && stored_text(key, value, size, function, line) &&
+           *value != '\0';
 }
 
 // sscanf's "%d,%d,..." for `count` numbers. Numbers that the text does not reach
@@ -67,34 +62,6 @@ static const char *scan_numbers(const char *text, int32_t *numbers, int count)
     for (int i = 0; text && i < count; i++)
         text = scan_number(text, i == 0 ? "" : ",", &numbers[i]);
     return text;
-}
-
-int sched_check_config(int count, const struct sched_entry *list)
-{
-    for (int i = 0; i < count; i++) {
-        const sched_entry *entry = &list[i];
-        if (entry->enable > SWITCH_MAX) {
-            REPORT("invalid sched enable %d", (int)entry->enable);
-            return -1;
-        }
-        if (entry->starttime > MINUTE_MAX) {
-            REPORT("invalid sched starttime %d", (int)entry->starttime);
-            return -2;
-        }
-        if (entry->stoptime > MINUTE_MAX) {
-            REPORT("invalid sched stoptime %d", (int)entry->stoptime);
-            return -3;
-        }
-        if (entry->days > DAYS_MAX) {
-            REPORT("invalid sched days %d", (int)entry->days);
-            return -4;
-        }
-        if (entry->repeat > SWITCH_MAX) {
-            REPORT("invalid sched repeat %d", (int)entry->repeat);
-            return -5;
-        }
-    }
-    return 0;
 }
 
 int sched_set_config(int count, const struct sched_entry *list)
@@ -117,7 +84,7 @@ int sched_get_config(int *count, struct sched_entry *list)
 {
     const int room = *count;
     *count = 0;
-    for (int i = 0; i < room && i < SLOT_LIMIT; i++) {
+    for (int i = 0; i < room; i++) {
         char value[VALUE_SIZE];
         if (!get_slot(SCHEDULES, i, value, sizeof value, HERE))
             return 0;
@@ -126,26 +93,6 @@ int sched_get_config(int *count, struct sched_entry *list)
         scan_numbers(value, numbers, SCHEDULE_NUMBERS);
         memcpy(&list[i], numbers, sizeof numbers);
         ++*count;
-    }
-    return 0;
-}
-
-int alarm_check_config(int count, const struct alarm_clock_entry *list)
-{
-    for (int i = 0; i < count; i++) {
-        const alarm_clock_entry *entry = &list[i];
-        if (entry->enable > SWITCH_MAX) {
-            REPORT("invalid sched enable %d", (int)entry->enable);
-            return -1;
-        }
-        if (entry->wday > DAYS_MAX) {
-            REPORT("invalid alarm clock wday %d", (int)entry->wday);
-            return -2;
-        }
-        if (entry->starttime > MINUTE_MAX) {
-            REPORT("invalid alarm clock starttime %d", (int)entry->starttime);
-            return -32; // not -3: callers know it so
-        }
     }
     return 0;
 }
@@ -169,7 +116,7 @@ int alarm_get_config(int *count, struct alarm_clock_entry *list)
 {
     const int room = *count;
     *count = 0;
-    for (int i = 0; i < room && i < SLOT_LIMIT; i++) {
+    for (int i = 0; i < room; i++) {
         char value[ALARM_CLOCK_VALUE_SIZE];
         if (!get_slot(ALARM_CLOCKS, i, value, sizeof value, HERE))
             return 0;

@@ -1,11 +1,13 @@
 #include "settings/frame.h"
 
 #include <ctype.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <stdarg.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 #include <unistd.h>
 
 using namespace cfg_set;
@@ -46,7 +48,7 @@ bool cfg_set::harmless(const char *text, Word kind)
 static int report_list(const char *module, const char *function, int line, const char *text,
                        va_list arguments)
 {
-    char whole[VALUE_SIZE]; // longer than any function's name and text in the library
+    char whole[VALUE_SIZE]; // holds every text of the library: a test looks at all of them
     if (!format(whole, sizeof whole, "[%s%s %d] %s\n", module, function, line, text))
         return -1;
     return vprintf(whole, arguments);
@@ -75,6 +77,20 @@ void cfg_set::run(const char *command)
 {
     const int status = system(command);
     (void)status;
+}
+
+void cfg_set::wait_for(long nanoseconds)
+{
+    constexpr long SECOND = 1000000000;
+    timespec end;
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    end.tv_nsec += nanoseconds; // stays below 2^31
+    if (end.tv_nsec >= SECOND) {
+        end.tv_nsec -= SECOND;
+        end.tv_sec++;
+    }
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR)
+        continue;
 }
 
 bool cfg_set::command_line(const char *command, char *line, int size)
@@ -137,8 +153,9 @@ FILE *cfg_set::open_unbuffered(const char *path, const char *mode)
 
 uint32_t cfg_set::to_number(const char *text, int base)
 {
-    char *end;
-    const unsigned long number = strtoul(text, &end, base);
+    // strtoul negates in the width of `long`: negated back, that is the magnitude.
+    // For one too large it gives ULONG_MAX, which ends as UINT32_MAX either way.
+    const unsigned long number = strtoul(text, nullptr, base);
     const bool negated = text[strspn(text, " \t\n\v\f\r")] == '-';
     const unsigned long magnitude = negated ? -number : number;
     return magnitude > UINT32_MAX ? UINT32_MAX : (uint32_t)number;

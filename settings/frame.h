@@ -14,8 +14,8 @@ namespace cfg_set
 // Bytes of the standard value buffer, with the terminator.
 constexpr size_t VALUE_SIZE = 256;
 
-// Bytes of the stream buffer for a file of one line. A smaller one glibc passes
-// by: what is written would not wait for fclose.
+// Bytes of the stream buffer for a file of one line. With fewer than 128 glibc
+// writes at once, and fclose no longer tells whether it worked.
 constexpr size_t SMALL_FILE_SIZE = 128;
 
 // Reports, in the name and line of the function they stand in: on standard
@@ -30,7 +30,7 @@ constexpr size_t SMALL_FILE_SIZE = 128;
 #define HERE __func__, __LINE__
 
 // One printf, whose result they return, of "[FUNCTION LINE] TEXT" and a newline.
-// What all reports have in common is so in the library once.
+// They add the bracket and the newline, so that no text has to hold them.
 int report(const char *function, int line, const char *text, ...)
     __attribute__((format(printf, 3, 4)));
 int report_module(const char *function, int line, const char *text, ...)
@@ -41,6 +41,9 @@ bool format(char *buffer, size_t size, const char *text, ...) __attribute__((for
 
 // Runs a shell command line in the foreground. Exit codes are never examined.
 void run(const char *command);
+
+// Sleeps for at most a second, also when signals arrive.
+void wait_for(long nanoseconds);
 
 // What a text from outside is, that becomes part of a command line.
 enum Word {

@@ -1,6 +1,4 @@
-#include "settings/stored.h"
-
-#include <string.h>
+#include "settings/frame.h"
 
 using namespace cfg_set;
 
@@ -35,11 +33,6 @@ int get_enhanced_mode(void)
     return text[0] == '1';
 }
 
-int CheckFixCaptureSatus(void)
-{
-    return stored_int("fix_capture_status", 2);
-}
-
 // The stored number of `key` as the store's shell tool prints it.
 static int printed_number(const char *key)
 {
@@ -62,51 +55,16 @@ int is_sound_nn_enable(void)
 
 int activity_zones_state(int write, int value)
 {
-    char digit[2 + 1] = "";
+    char digits[2 + 1] = "";
     if (!write) {
-        if (file_block(ZONES_FILE, digit, sizeof digit) < 0)
+        if (file_block(ZONES_FILE, digits, sizeof digits) < 0)
             perror("fopen");
-        return to_int(digit);
+        return to_int(digits);
     }
-    if (!format(digit, 2, "%d", value))
+    if (value < 0 || value > 9)
         return 0;
-    if (!put_file(ZONES_FILE, digit, 2))
+    digits[0] = (char)('0' + value);
+    if (!put_file(ZONES_FILE, digits, 2))
         perror("fopen");
-    return 0;
-}
-
-// Reads "{%d,%d}{%d,%d,%d,%d}", of which the second group is the zones.
-static bool scan_zones(const char *text, int (&zone)[4])
-{
-    int unused;
-    text = scan_number(text, "{", &unused);
-    if (text)
-        text = scan_number(text, ",", &unused);
-    const char *before = "}{";
-    for (int i = 0; text && i < 4; i++) {
-        text = scan_number(text, before, &zone[i]);
-        before = ",";
-    }
-    return text != nullptr;
-}
-
-int disable_face_hw_check(void)
-{
-    char text[VALUE_SIZE] = "";
-    if (param_get("motor_zones", text, sizeof text) != 0)
-        return 0;
-    int zone[4];
-    if (!scan_zones(text, zone)) {
-        fputs("sscanf value fail \n", stderr);
-        return 0;
-    }
-    if (zone[0] || zone[1] || zone[2] || zone[3]) {
-        run("GMCtrl c 0");
-        return 0;
-    }
-    char enable[8] = "";
-    param_get("alert_face_enable", enable, sizeof enable);
-    if (strcmp(enable, "1") == 0)
-        run("GMCtrl c 1");
     return 0;
 }

@@ -21,7 +21,7 @@ static Calls level(int number)
 
 TEST_F(AudioTest, Microphone)
 {
-    const Calls on = {"system demo_MXSetMicMute_ 0", "usleep 50000", "system demo_MXSetMicVol_ 60"};
+    const Calls on = {"system demo_MXSetMicMute_ 0", "wait 50", "system demo_MXSetMicVol_ 60"};
     const Calls off = {"system demo_MXSetMicMute_ 1"}, store_0 = {"set io_mic_enable=0", "save"}, store_1 = {"set io_mic_enable=1", "save"};
     check({
         {{}, {}, CALL(cfg_setMicEnable(0)), 0, off, ""},
@@ -109,7 +109,7 @@ TEST_F(AudioTest, AlertPlaysAtRaisedPriorityThenRestoresTheSpeaker)
     const std::string longest(225, 'p');
     for (const auto &sound : std::map<std::string, std::string>{{"/b c.wav", "Wav"}, {"/a.aac/x.wav", "Aac"}, {"/xaac", "Wav"}, {longest, "Wav"}}) {
         const std::string line = "nice -n -20 demo_MX" + sound.second + "Player_ " + sound.first, told = "| alert\t# cmd " + line;
-        const Calls played = {"system " + line, "sleep 1"};
+        const Calls played = {"system " + line, "wait 1000"};
         check({{{on, VOLUME}, {}, CALL(alert(sound.first.c_str())), 0, played + level(40), told},
                {{}, {}, CALL(alert(sound.first.c_str())), -1, played, told + "\n[cfg_restoreSpeakerEnable #] param_get fail"}});
     }

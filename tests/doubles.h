@@ -18,7 +18,7 @@ inline Calls operator+(Calls first, const Calls &second)
     return first;
 }
 
-// "system LINE", "popen LINE", "sleep N", "usleep N", "get KEY SIZE",
+// "system LINE", "popen LINE", "sleep N", "wait MILLISECONDS", "get KEY SIZE",
 // "set KEY=VALUE", "unset KEY", "save", "relay COMMAND NAME PASSCODE CREDENTIAL ONCE", "kill PID
 // SIGNAL", "flock shared|none|other", "shmget KEY SIZE FLAGS" (hexadecimal key, octal flags),
 // "post TYPE COMMAND" to the daemons' queue, with " value=N" and " param=BYTES" (up to
