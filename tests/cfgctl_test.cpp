@@ -21,12 +21,11 @@ namespace
 {
 
 struct Row {
-    std::string before; // shell line that prepares
-    std::string line;   // behind "cfgctl ", as a shell reads it
-    int status;
-    std::string out; // standard output, JSON on one line; after "~" a part of it
-    std::string err; // part of what cfgctl says on standard error; "": nothing
-    std::string log; // what the camera did, with "; " between; "*": anything
+    std::string line; // behind "cfgctl ", as a shell reads it; what prepares it and " -> " before
+    int status = 0;
+    std::string out = ""; // standard output, JSON on one line; after "~" a part of it
+    std::string err = ""; // part of what cfgctl says on standard error; "": nothing
+    std::string log = ""; // what the camera did, with "; " between; "*": anything
 };
 
 Outcome shell(const std::string &line)
@@ -57,11 +56,14 @@ void check(const std::vector<Row> &rows)
 {
     for (const Row &row : rows) {
         SCOPED_TRACE("cfgctl " + row.line);
-        ASSERT_EQ(shell(row.before).result, 0) << row.before;
+        const size_t arrow = row.line.find(" -> ");
+        const bool prepared = arrow != std::string::npos;
+        const std::string line = row.line.substr(prepared ? arrow + 4 : 0);
+        ASSERT_EQ(shell(prepared ? row.line.substr(0, arrow) : "").result, 0);
         logged();
-        const bool piped = row.line.find("| cfgctl ") != std::string::npos;
-        Outcome done = shell(piped ? row.line : "cfgctl " + row.line);
-        if (row.line.find("--json") != std::string::npos)
+        const bool piped = line.find("| cfgctl ") != std::string::npos;
+        Outcome done = shell(piped ? line : "cfgctl " + line);
+        if (line.find("--json") != std::string::npos)
             done.out = std::regex_replace(done.out, std::regex("\n *"), "");
         EXPECT_EQ(done.result, row.status) << done.err;
         const bool part = row.out[0] == '~';
@@ -109,20 +111,20 @@ class CfgctlTest : public CameraTest
 TEST_F(CfgctlTest, WordsAndOptions)
 {
     check({
-        // before, line, status, out, err, log
-        {"", "", 2, "", "no verb given", ""},
-        {"", "frobnicate", 2, "", "no verb frobnicate\n", ""},
-        {"", "sett a b", 2, "", "no verb sett; did you mean set?", ""},
-        {"", "get", 2, "", "KEY is missing", ""},
-        {"", "get --no-save a", 2, "", "no option --no-save", ""},
-        {"", "crc /x --limit=4294967296", 2, "", "--limit takes a number from 0 to 4294967295, not 4294967296", ""},
-        {"", "wifi", 2, "", "wifi takes one of config, start, stop, reset, restart, status\n", ""},
-        {"", "events remove 1", 2, "", "events takes one of add, drop, clear, dump, not remove", ""},
-        {"", "lamp torch 1", 2, "", "LAMP takes wled or rlamp, not torch", ""},
-        {"", "--json get lang_name", 0, R"({"key": "lang_name","value": "en"})" , "", ""},
-        {"", "set --force -- -h --text", 0, "", "", "store set -h=--text; store saved"},
-        {"", "get lang_name >/dev/full", 1, "", "cannot write standard output", ""},
-        {"", "--version", 0, "~cfgctl 1.", "", ""},
+        // line, status, out, err, log
+        {"", 2, "", "no verb given"},
+        {"frobnicate", 2, "", "no verb frobnicate\n"},
+        {"sett a b", 2, "", "no verb sett; did you mean set?"},
+        {"get", 2, "", "KEY is missing"},
+        {"get --no-save a", 2, "", "no option --no-save"},
+        {"crc /x --limit=4294967296", 2, "", "a number from 0 to 4294967295, not 4294967296"},
+        {"wifi", 2, "", "wifi takes one of config, start, stop, reset, restart, status\n"},
+        {"events remove 1", 2, "", "events takes one of add, drop, clear, dump, not remove"},
+        {"lamp torch 1", 2, "", "LAMP takes wled or rlamp, not torch"},
+        {"--json get lang_name", 0, R"({"key": "lang_name","value": "en"})"},
+        {"set --force -- -h --text", 0, "", "", "store set -h=--text; store saved"},
+        {"get lang_name >/dev/full", 1, "", "cannot write standard output"},
+        {"--version", 0, "~cfgctl 1."},
     });
 }
 
@@ -142,14 +144,16 @@ TEST_F(CfgctlTest, HelpAndManPageAreOneText)
 TEST_F(CfgctlTest, EveryExampleOfTheHelpIsGood)
 {
     const std::string page = std::regex_replace(read_file("/cfgctl.1"), std::regex(R"(\\)"), "");
-    shell("mkdir -p /mnt/sdcard/upgrade; echo 1 >/proc/live_streaming; echo [] >/mnt/sdcard/schedules; for i in 1 2 3; do cfgctl rec $i; done");
+    shell("cd /mnt/sdcard; mkdir -p upgrade; echo [] >schedules; echo 1 >/proc/live_streaming");
+    shell("for i in 1 2 3; do cfgctl rec $i; done");
     int examples = 0;
-    const std::regex example("Example: (cfgctl .*)");
-    for (std::sregex_iterator found(page.begin(), page.end(), example), end; found != end; ++found, ++examples) {
-        const Outcome done = shell("printf '1\\n2\\n' | " + (*found)[1].str() + " --json");
-        EXPECT_THAT(done.result, AnyOf(0, 1, 3, 4)) << (*found)[1] << done.err;
-        const std::string first = done.out.substr(0, done.out.find("}\n{") + 1); // monitor prints several
-        EXPECT_TRUE(done.result != 0 || nlohmann::json::accept(first.empty() ? done.out : first)) << (*found)[1] << done.out;
+    std::istringstream all(lines(page, "[^\n]*Example: (?=cfgctl )", "\n"));
+    for (std::string example; std::getline(all, example); ++examples) {
+        SCOPED_TRACE(example);
+        const Outcome done = shell("printf '1\\n2\\n' | " + example + " --json");
+        EXPECT_THAT(done.result, AnyOf(0, 1, 3, 4)) << done.err;
+        const std::string first = done.out.substr(0, done.out.find("}\n{") + 1); // of monitor's
+        EXPECT_TRUE(done.result || nlohmann::json::accept(first.empty() ? done.out : first));
     }
     EXPECT_GT(examples, 50);
 }
@@ -158,64 +162,68 @@ TEST_F(CfgctlTest, CompletionKnowsVerbsKeysAndFeatures)
 {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"re", "restore rec"}, {"set io_sp", "io_speaker_volume io_speaker_enable"}, {"feature al", "alert_vclip"},
-        {"sound ", "alert greeting alarm volume"}, {"--json lamp rlamp ''", "0 1 2 3"}, {"schedule se", "set"},
-        {"set --no", "--no-save --no-apply"}, {"upload config user=x m", "mode="}, {"help ala", "alarm"}, {"get lang_name ''", ""}};
+        {"sound ''", "alert greeting alarm volume"}, {"--json lamp rlamp ''", "0 1 2 3"}, {"help ala", "alarm"},
+        {"set --no", "--no-save --no-apply"}, {"upload config user=x m", "mode="}, {"get lang_name ''", ""}};
     for (const auto &[words, found] : cases)
-        EXPECT_EQ(run_program({"/bash", "-c", ". /cfgctl.bash; COMP_WORDS=(cfgctl " + words + (words.back() == ' ' ? "''" : "") +
-                               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _cfgctl; echo \"${COMPREPLY[*]}\""}).out, found + "\n") << words;
+        EXPECT_EQ(run_program({"/bash", "-c", ". /cfgctl.bash; COMP_WORDS=(cfgctl " + words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
+                                              "_cfgctl; echo \"${COMPREPLY[*]}\""}).out, found + "\n") << words;
 }
 
 TEST_F(CfgctlTest, SettingsAreStoredAppliedAndSaved)
 {
     check({
-        {"", "get absent", 1, "", "no value of absent can be read", ""},
-        {"param set long " + bytes(5000), "get long", 0, bytes(5000) + "\n", "", ""},
-        {"", "set io_speaker_volume 31", 0, "", "", "store set io_speaker_volume=31; run demo_MXSetSpeakerVol_ 50; store saved"},
-        {"", "set io_speaker_volume 23 --no-apply --no-save --json", 0, R"({"did": "set","key": "io_speaker_volume","value": "23","result": "stored","saved": false})", "", "store set io_speaker_volume=23"},
-        {"", "set io_mic_enable 2", 2, "", "io_mic_enable takes a number from 0 to 1, not 2\n", ""},
-        {"", "set io_mic_enable 1x", 2, "", "not 1x", ""},
-        {"", "set alert_email_account " + bytes(256), 2, "", "alert_email_account takes at most 255 characters", ""},
-        {"", "set speaker_volume 3", 2, "", "nothing knows the key speaker_volume; did you mean io_speaker_volume?", ""},
-        {"", "set some_key_of_mine 1 --force", 0, "", "", "store set some_key_of_mine=1; store saved"},
-        {"", "unset some_key_of_mine", 0, "", "", "store unset some_key_of_mine; store saved"},
-        {"", "unset some_key_of_mine", 1, "", "some_key_of_mine is not stored", ""},
-        {"", "set orb_privacy_mode_enable 2147483648", 2, "", "from 0 to 2147483647", ""},
-        {"param unset io_speaker_volume", "set io_speaker_enable 1", 4, "", "cfg_setSpeakerEnable failed; nothing is saved", "store set io_speaker_enable=1"},
-        {"", "show io_speaker", 0, "KEY                VALUE  APPLIED BY\nio_speaker_volume  -      cfg_setSpeakerVolume, media command\nio_speaker_enable  1      cfg_setSpeakerEnable, speaker volume restorer\n", "", ""},
-        {"", "show io_speaker_volume", 0, "~0 silent, 23 level 35, 31 level 50; any other level 40\n", "", ""},
-        {"rm -f /flash/param; mkdir -p /flash/param/x", "set io_mic_enable 0", 3, "", "the store cannot be saved", "*"},
-        {"mkdir -p /var/run/param.new/x", "set io_mic_enable 0", 3, "", "io_mic_enable cannot be stored", ""},
-        {"", "feature event 1 2", 3, "", "event_s3_setting cannot be stored", ""},
-        {"", "sound volume 2", 3, "", "alert_vol cannot be stored", ""},
-        {"", "viewer add Ann 1 2", 3, "", "Ann cannot be stored", "*"},
-        {"", "upload config size=9", 3, "", "cifs_size cannot be stored", "*"},
-        {"", "privacy on", 3, "", "orb_privacy_mode_enable cannot be stored", "*"},
+        {"get absent", 1, "", "no value of absent can be read"},
+        {"param set long " + bytes(5000) + " -> get long", 0, bytes(5000) + "\n"},
+        {"set io_speaker_volume 31", 0, "", "", "store set io_speaker_volume=31; run demo_MXSetSpeakerVol_ 50; store saved"},
+        {"set wled_mode 2 --no-apply --no-save --json", 0,
+         R"({"did": "set","key": "wled_mode","value": "2","result": "stored","saved": false})", "", "store set wled_mode=2"},
+        {"set io_mic_enable 2", 2, "", "io_mic_enable takes a number from 0 to 1, not 2\n"},
+        {"set io_mic_enable 1x", 2, "", "not 1x"},
+        {"set alert_email_account " + bytes(256), 2, "", "takes at most 255 characters"},
+        {"set speaker_volume 3", 2, "", "nothing knows the key speaker_volume; did you mean io_sp"},
+        {"set some_key_of_mine 1 --force", 0, "", "", "store set some_key_of_mine=1; store saved"},
+        {"unset some_key_of_mine", 0, "", "", "store unset some_key_of_mine; store saved"},
+        {"unset some_key_of_mine", 1, "", "some_key_of_mine is not stored"},
+        {"set orb_privacy_mode_enable 2147483648", 2, "", "from 0 to 2147483647"},
+        {"param unset io_speaker_volume -> set io_speaker_enable 1", 4, "",
+         "cfg_setSpeakerEnable failed; nothing is saved", "store set io_speaker_enable=1"},
+        {"show io_speaker", 0, "KEY                VALUE  APPLIED BY\n"
+                               "io_speaker_volume  -      cfg_setSpeakerVolume, media command\n"
+                               "io_speaker_enable  1      cfg_setSpeakerEnable, speaker volume restorer\n"},
+        {"show io_speaker_volume", 0, "~0 silent, 23 level 35, 31 level 50; any other level 40\n"},
+        {"rm -f /flash/param; mkdir -p /flash/param/x -> set rlamp_mode 0", 3, "", "store cannot be saved", "*"},
+        {"mkdir -p /var/run/param.new/x -> set lang_name de", 3, "", "lang_name cannot be stored"},
+        {"feature event 1 2", 3, "", "event_s3_setting cannot be stored"},
+        {"sound volume 2", 3, "", "alert_vol cannot be stored"},
+        {"viewer add Ann 1 2", 3, "", "Ann cannot be stored", "*"},
+        {"upload config size=9", 3, "", "cifs_size cannot be stored", "*"},
+        {"privacy on", 3, "", "orb_privacy_mode_enable cannot be stored", "*"},
     });
 }
 
 TEST_F(CfgctlTest, SuccessIsSaidOfWhatHappenedOnly)
 {
-    const std::string stuck = "rm /proc/ir_mode; mkdir /proc/ir_mode";
     check({
-        {"", "set io_ir_enable 2 --json", 0, "~\"result\": \"applied\"", "", "store set io_ir_enable=2; store saved"},
-        {"", "restore io_ir_enable", 0, "KEY           RESULT\nio_ir_enable  applied\n", "", ""},
-        {stuck, "set io_ir_enable 0", 4, "", "io_ir_enable is not applied: /proc/ir_mode does not show it", "store set io_ir_enable=0"},
-        {"", "restore io_ir_enable", 4, "~io_ir_enable  failed\n", "/proc/ir_mode does not show it", ""},
-        {"", "set wled_mode 2 --json", 0, "~\"result\": \"applied\"", "", "run board hwver; store set wled_mode=2; store saved"},
-        {"", "set rlamp_mode 3", 0, "", "", "run board hwver; store set rlamp_mode=3; store saved"},
-        {"", "lamp rlamp 3 --json", 0, R"({"did": "lamp","lamp": "rlamp","mode": 3,"result": "applied"})", "", "run board hwver"},
-        {"param set rlamp_mode 1", "lamp rlamp 3", 4, "", "rlamp did not take mode 3", "run board hwver"},
-        {"", "night on --json", 0, R"({"did": "night","state": "on","result": "applied"})", "", ""},
-        {"", "night", 0, "on\n", "", ""},
-        {"rm /proc/night_mode; mkdir /proc/night_mode", "night on", 4, "", "the driver did not take it", ""},
+        {"set io_ir_enable 2 --json", 0, "~\"applied\"", "", "store set io_ir_enable=2; store saved"},
+        {"restore io_ir_enable", 0, "KEY           RESULT\nio_ir_enable  applied\n"},
+        {"rm /proc/ir_mode; mkdir /proc/ir_mode -> set io_ir_enable 0", 4, "",
+         "io_ir_enable is not applied: /proc/ir_mode does not show it", "store set io_ir_enable=0"},
+        {"restore io_ir_enable", 4, "~io_ir_enable  failed\n", "/proc/ir_mode does not show it"},
+        {"set wled_mode 2 --json", 0, "~\"applied\"", "", "run board hwver; store set wled_mode=2; store saved"},
+        {"set rlamp_mode 3", 0, "", "", "*"},
+        {"lamp rlamp 3 --json", 0, R"(~"mode": 3,"result": "applied")", "", "run board hwver"},
+        {"param set rlamp_mode 1 -> lamp rlamp 3", 4, "", "rlamp did not take mode 3", "*"},
+        {"night on --json", 0, R"(~"state": "on","result": "applied")"},
+        {"night", 0, "on\n"},
+        {"rm /proc/night_mode; mkdir /proc/night_mode -> night on", 4, "", "driver did not take it"},
     });
     board_is("200");
     check({
-        {"", "set wled_mode 1", 4, "", "the board does not say that it has what wled_mode sets; nothing is stored", "run board hwver"},
-        {"", "lamp rlamp 1", 4, "", "the board does not say that it has a rlamp", "run board hwver"},
-        {"", "restore wled_mode", 1, "~wled_mode  not on this board\n", "", "*"},
-        {"rm /etc/desk/board", "restore wled_mode", 4, "~wled_mode  failed\n", "", "*"},
-        {"", "board", 1, "~boardid             -\n", "the board does not tell its hwver", "*"},
+        {"set wled_mode 1", 4, "", "what wled_mode sets; nothing is stored", "run board hwver"},
+        {"lamp rlamp 1", 4, "", "the board does not say that it has a rlamp", "run board hwver"},
+        {"restore wled_mode", 1, "~wled_mode  not on this board\n", "", "*"},
+        {"rm /etc/desk/board -> restore wled_mode", 4, "~wled_mode  failed\n", "", "*"},
+        {"board", 1, "~boardid             -\n", "the board does not tell its hwver", "*"},
     });
     const int queue = msgget(5678, IPC_CREAT | 0666);
     const daemon_message message = {1, 0, "", {}, 0, {}};
@@ -223,40 +231,41 @@ TEST_F(CfgctlTest, SuccessIsSaidOfWhatHappenedOnly)
         continue;
     const std::string full = "the daemons' queue has no room";
     check({
-        {"", "privacy on", 4, "", full, ""},
-        {"", "set alert_pir_enable 1", 4, "", full, ""},
-        {"", "rec 5", 4, "", full, ""},
-        {"", "upload config mode=2", 4, "", full, ""},
-        {"param set alert_audio_enable 1", "restore alert_audio_enable", 4, "~alert_audio_enable  failed\n", "", "run board sn"},
+        {"privacy on", 4, "", full}, {"set alert_pir_enable 1", 4, "", full}, {"rec 5", 4, "", full},
+        {"upload config mode=2", 4, "", full},
+        {"set alert_audio_enable 1 --no-apply", 0, "", "", "*"},
+        {"restore alert_audio_enable", 4, "~alert_audio_enable  failed\n", "", "run board sn"},
     });
     msgctl(queue, IPC_RMID, nullptr);
     check({
-        {"", "privacy", 1, "off\n", "", ""},
-        {"", "privacy on --json", 0, R"({"did": "privacy","state": "on","result": "called","saved": true})", "", "store set orb_privacy_mode_enable=1; run MotorCtrlApp privacy 1; run LEDCtrlApp power PRIVACY_ON; run killall -SIGHUP peerconn; run killall AudioPlayback; run killall -SIGUSR2 ffplay; store saved"},
-        {"", "set orb_privacy_mode_enable 01 --no-save", 0, "", "", ""},
-        {"", "status", 1, "unknown\n", "", ""},
-        {"", "status --json", 1, R"({"status": null})", "", ""},
-        {"", "status 255 --json", 0, R"({"did": "status","value": 255})", "", ""},
-        {"", "probe", 0, "~light_sensor             118\n", "", "*"},
+        {"privacy", 1, "off\n"},
+        {"privacy on --json", 0, R"(~"state": "on","result": "called","saved": true)", "", "*"},
+        {"set orb_privacy_mode_enable 01 --no-save", 0},
+        {"status", 1, "unknown\n"},
+        {"status --json", 1, R"({"status": null})"},
+        {"status 255 --json", 0, "~\"value\": 255"},
+        {"probe", 0, "~light_sensor             118\n", "", "*"},
     });
 }
 
 TEST_F(CfgctlTest, RestoreAllIsAFirmwaresStart)
 {
-    shell("for i in io_video_orientation io_backlight_compensation alert_pir_enable alert_audio_enable alert_audio_sensitivity "
-          "alert_motion_track_enable alert_type alert_app_enable alert_chat_enable alert_video_call_enable alert_call_account "
-          "alert_email_enable alert_email_account; do param set $i 1; done; param set wl_ssid home; param set wl_psk passphrase; "
-          "for i in time_zone=0 time_dst=0 time_zone_str=Europe/Berlin time_server=a.example; do param set ${i%=*} ${i#*=}; done");
+    std::string expected = "KEY RESULT\n", set;
+    for (const std::string key : {
+             "io_mic_enable", "io_speaker_volume", "io_speaker_enable", "io_ir_enable applied", "io_video_orientation",
+             "io_backlight_compensation applied", "alert_pir_enable", "alert_audio_enable", "alert_audio_sensitivity",
+             "wled_mode applied", "rlamp_mode not on this board", "alert_motion_track_enable", "alert_type",
+             "alert_app_enable", "alert_chat_enable", "alert_video_call_enable", "alert_call_account",
+             "alert_email_enable", "alert_email_account", "wifi config applied", "wifi start called",
+             "time zone applied", "time sync on called"}) {
+        expected += key + (key.find(' ') == std::string::npos ? " called\n" : "\n");
+        set += "param set " + key.substr(0, key.find(' ')) + " 1; ";
+    }
+    shell(set + "param set wl_ssid home; param set wl_psk passphrase; param set time_zone 0; "
+                "param set time_zone_str Europe/Berlin; param set time_server a.example; param set time_dst 0");
     board_is("10"); // a WLED, no Rlamp
-    const Outcome all = shell("cfgctl restore --all");
-    EXPECT_EQ(all.result, 0) << all.err;
-    const std::string order = std::regex_replace(std::regex_replace(all.out, std::regex("  +"), "="), std::regex("\n"), " ");
-    EXPECT_EQ(order, "KEY=RESULT io_mic_enable=called io_speaker_volume=called io_speaker_enable=called io_ir_enable=applied "
-                     "io_video_orientation=called io_backlight_compensation=applied alert_pir_enable=called alert_audio_enable=called "
-                     "alert_audio_sensitivity=called wled_mode=applied rlamp_mode=not on this board alert_motion_track_enable=called "
-                     "alert_type=called alert_app_enable=called alert_chat_enable=called alert_video_call_enable=called "
-                     "alert_call_account=called alert_email_enable=called alert_email_account=called wifi config=applied "
-                     "wifi start=called time zone=applied time sync on=called ");
+    const Outcome all = shell("cfgctl restore --all | sed 's/   */ /'");
+    EXPECT_EQ(all.out, expected) << all.err;
     EXPECT_EQ(read_file("/tmp/TZ"), "CET-1CEST,M3.5.0,M10.5.0/3\n");
     EXPECT_THAT(read_file("/etc/wpa_supplicant.conf"), HasSubstr("ssid=\"home\""));
     const std::string log = logged();
@@ -265,53 +274,59 @@ TEST_F(CfgctlTest, RestoreAllIsAFirmwaresStart)
     EXPECT_LT(log.find("\"timezone\":\"Europe/Berlin\""), log.find("run ntpd -p a.example"));
     EXPECT_THAT(log, HasSubstr("run ntpd -p a.example")); // udhcpc may come behind it
     check({
-        {"", "monitor --count 3", 0, "type 2 command 2 value 0: PIR detection on\ntype 4 command 4 value 0: sound detection on\ntype 4 command 3 value 0 param \"1\": sound sensitivity\n", "", "*"},
-        {"param set time_server '-S x'; param unset io_mic_enable", "restore --all", 4, "~time sync on               failed\n", "time_server cannot stand", "*"},
+        {"monitor --count 3", 0, "type 2 command 2 value 0: PIR detection on\n"
+                                 "type 4 command 4 value 0: sound detection on\n"
+                                 "type 4 command 3 value 0 param \"1\": sound sensitivity\n", "", "*"},
+        {"param set time_server '-S x'; param unset io_mic_enable -> restore --all", 4,
+         "~time sync on               failed\n", "time_server cannot stand", "*"},
     });
 }
 
 TEST_F(CfgctlTest, MonitorPrintsMessagesAndIsSeen)
 {
     check({
-        {"", "rec 4294967295 'a\"\x01\xc3' --json", 0, "~\"code\": 4294967295", "", ""},
-        {"cfgctl rec 7", "monitor --count=2", 0, "type 7 command 4294967295 value 0 param \"a\\x22\\x01\\xc3\": recording\ntype 7 command 7 value 0: recording: privacy mode left\n", "", ""},
-        {"cfgctl rec 0 " + bytes(256), "monitor --json --count 1", 0, R"({"type":7,"command":0,"value":0,"param":")" + bytes(256) + R"(","meaning":"recording"})", "", ""},
-        {"", "rec 0 " + bytes(257), 2, "", "PARAM takes at most 256 characters", ""},
+        {"rec 4294967295 'a\"\x01\xc3' --json", 0, "~\"code\": 4294967295"},
+        {"cfgctl rec 7 -> monitor --count=2", 0, "type 7 command 4294967295 value 0 param \"a\\x22\\x01\\xc3\": recording\n"
+                                 "type 7 command 7 value 0: recording: privacy mode left\n"},
+        {"cfgctl rec 0 " + bytes(256) + " -> monitor --json --count 1", 0,
+         R"({"type":7,"command":0,"value":0,"param":")" + bytes(256) + R"(","meaning":"recording"})"},
+        {"rec 0 " + bytes(257), 2, "", "PARAM takes at most 256 characters"},
     });
     const std::string stranger(sizeof(long) + 1000, 3);
     ASSERT_EQ(msgsnd(msgget(5678, 0), stranger.data(), 1000, 0), 0);
     EXPECT_THAT(shell("cfgctl monitor --count 1").err, HasSubstr(", 1000 bytes\n"));
     // It prints at once, is known while it lives, and cleans up when it is ended.
-    const Outcome ended = shell("cfgctl monitor >/tmp/seen & for i in $(seq 500); do [ -s /var/run/monitor.pid ] && break; usleep 20000; done\n"
-                                "cat /var/run/monitor.pid >/tmp/pid; cfgctl rec 1; for i in $(seq 500); do [ -s /tmp/seen ] && break; usleep 20000; done\n"
-                                "cfgctl rec 2; cfgctl monitor --count 0 2>&1; kill $!; wait $!");
+    const Outcome ended = shell("until_not_empty() { until [ -s $1 ]; do usleep 20000; done; }\n"
+                                "cfgctl monitor >/tmp/seen & until_not_empty /var/run/monitor.pid; cat /var/run/monitor.pid >/tmp/pid\n"
+                                "cfgctl rec 1; until_not_empty /tmp/seen; cfgctl rec 2; cfgctl monitor --count 0 2>&1; kill $!; wait $!");
     EXPECT_EQ(ended.result, 128 + SIGTERM) << ended.err;
     EXPECT_GT(std::atoi(read_file("/tmp/pid").c_str()), 1);
     EXPECT_THAT(read_file("/tmp/seen"), HasSubstr("type 7 command 1 value 0: recording\n"));
     EXPECT_NE(access("/var/run/monitor.pid", F_OK), 0);
-    write_file("/var/run/monitor.pid", std::to_string(getpid()) + "\n");
-    check({{"cfgctl rec 1", "monitor --count 1", 0, "~type 7", " runs too: each message goes to one", ""}});
-    EXPECT_EQ(access("/var/run/monitor.pid", F_OK), 0) << "the other's";
-    unlink("/var/run/monitor.pid");
-    ASSERT_EQ(shell("cfgctl rec 1").result, 0);
+    check({
+        {"cfgctl rec 1; echo " + std::to_string(getpid()) + " >/var/run/monitor.pid -> monitor --count 1", 0,
+         "~type 7", " runs too: each message goes to one"},
+        {"rm /var/run/monitor.pid -> rec 1"}, // it is not the other's to remove
+    });
     daemon_message taken = {};
     ASSERT_GT(msgrcv(msgget(5678, 0), &taken, 292, 0, 0), 0);
-    check({{"cfgctl rec 1", "monitor --count 1", 0, "~type 7", " has taken messages too", ""}});
+    check({{"cfgctl rec 1 -> monitor --count 1", 0, "~type 7", " has taken messages too"}});
 }
 
 TEST_F(CfgctlTest, EventsAreAddedListedAndDropped)
 {
     write_file("/mnt/sdcard/video/other", "");
     check({
-        {"", "events drop -1", 2, "", "COUNT takes a number", ""},
-        {"", "events clear 1", 2, "", "there are words too many", ""},
-        {"", "events", 0, "INDEX  TIME (UTC)  TYPE\n", "", ""},
-        {"cfgctl events add 3; cfgctl events add 0", "events add 4 --json", 0, R"({"did": "events add","type": 4})", "", ""},
-        {"cfgctl events drop 1", "events --json | sed 's/[0-9]\\{10\\}/T/'", 0, R"([{"time": T,"type": 0},{"time": T,"type": 4}])", "", ""},
-        {"", "events | awk '{ print $1, $NF }'", 0, "INDEX TYPE\n0 0\n1 4\n", "", ""},
-        {"", "events add 7", 0, "", "a restart will refuse all events", ""},
-        {"cfgctl events clear", "events --json", 0, "[]", "", ""},
-        {"", "events dump /none", 1, "", "/none: No such file", ""},
+        {"events drop -1", 2, "", "COUNT takes a number"},
+        {"events clear 1", 2, "", "there are words too many"},
+        {"events", 0, "INDEX  TIME (UTC)  TYPE\n"},
+        {"cfgctl events add 3; cfgctl events add 0 -> events add 4 --json", 0, "~\"type\": 4"},
+        {"cfgctl events drop 1 -> events --json | sed 's/[0-9]\\{10\\}/T/'", 0,
+         R"([{"time": T,"type": 0},{"time": T,"type": 4}])"},
+        {"events | awk '{ print $1, $NF }'", 0, "INDEX TYPE\n0 0\n1 4\n"},
+        {"events add 7", 0, "", "a restart will refuse all events"},
+        {"cfgctl events clear -> events --json", 0, "[]"},
+        {"events dump /none", 1, "", "/none: No such file"},
     });
     cfg_set::EventQueue ring = {511, 1, 2, {}};
     ring.slots[511] = {3, 1388534400};
@@ -321,16 +336,17 @@ TEST_F(CfgctlTest, EventsAreAddedListedAndDropped)
     write_file("/tmp/bad", bytes(12, '\xff') + copy.substr(12));
     write_file("/tmp/cut", copy.substr(1));
     check({
-        {"", "events dump /tmp/copy", 0, "head 511, tail 1, count 2\nINDEX  TIME (UTC)           TYPE\n0      2014-01-01 00:00:00  3\n1      2014-01-01 00:00:01  2\n", "", ""},
-        {"", "events dump /tmp/bad --json", 1, R"(~{"valid": false,"head": 4294967295,)", "refused, for the reason above", ""},
-        {"", "events dump /tmp/cut", 1, "", "it has 4107 of 4108 bytes", ""},
+        {"events dump /tmp/copy", 0, "head 511, tail 1, count 2\nINDEX  TIME (UTC)           TYPE\n"
+                                     "0      2014-01-01 00:00:00  3\n1      2014-01-01 00:00:01  2\n"},
+        {"events dump /tmp/bad --json", 1, R"(~"valid": false,"head": 4294967295,)", "refused, for the reason"},
+        {"events dump /tmp/cut", 1, "", "it has 4107 of 4108 bytes"},
     });
     shmctl(shmget(cfg_set::EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
     ASSERT_GE(shmget(cfg_set::EVENT_SHM_KEY, 16, IPC_CREAT | 0666), 0);
     check({
-        {"", "events", 1, "", "the events cannot be read", ""},
-        {"", "events add 1", 4, "", "the event was not added", ""},
-        {"", "events clear", 4, "", "no event was dropped", ""},
+        {"events", 1, "", "the events cannot be read"},
+        {"events add 1", 4, "", "the event was not added"},
+        {"events clear", 4, "", "no event was dropped"},
     });
     shmctl(shmget(cfg_set::EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
 }
@@ -340,22 +356,25 @@ TEST_F(CfgctlTest, ImagesAndDownloads)
     write_file("/etc/desk/board", "echo xq7h04");
     const std::string flip = "cp /tests/firmware.img /tmp/i; printf X | dd of=/tmp/i bs=1 conv=notrunc seek=";
     check({
-        {"", "firmware check /tests/firmware.img", 0, "board   ok\nheader  ok\nimage   ok\n", "", "*"},
-        {flip + "99", "firmware check /tmp/i", 1, "~image   failed  its checksum is ", "", "*"},
-        {flip + "50", "firmware check /tmp/i --json", 1, R"(~"ok": false,"board": true,"header": false,"image": null,"why": "its checksum is )", "", "*"},
-        {flip + "33", "firmware check /tmp/i", 1, "board  failed  it is for \"xX7h0c\", this board is \"xq7h04\"\n", "", "*"},
-        {"", "firmware check /tests/firmware.img --limit 5063", 1, "~image   failed", "", "*"},
-        {"rm /etc/desk/board", "firmware check /tests/firmware.img", 1, "board  failed  the board does not tell its id\n", "", "*"},
-        {"echo x >/tmp/i", "firmware check /tmp/i", 1, "", "/tmp/i is shorter than the header of an image", ""},
-        {"", "firmware check /tmp", 1, "", "/tmp cannot be read", ""},
-        {"", "firmware newer v5.0.44 --json", 1, R"({"version": "v5.0.44","newer": false})", "", ""},
-        {"", "firmware newer v6.0", 2, "", "a version reads like v5.1.0, not v6.0", ""},
-        {"mkdir -p /mnt/sdcard/upgrade; echo v5.1.0 >/mnt/sdcard/upgrade/upgrade.dat; echo >/mnt/sdcard/upgrade/upgrade.bin", "firmware downloaded", 0, "v5.1.0\n", "", ""},
-        {"rm /mnt/sdcard/upgrade/upgrade.bin", "firmware downloaded", 1, "", "no newer firmware is downloaded", ""},
-        {"! [ -e /mnt/sdcard/upgrade/upgrade.dat ]", "speech", 1, "language  en\nunpacked  no\n", "", ""},
-        {"param set speech_version 3; mkdir -p /mnt/sdcard/morvenix/download; echo >/mnt/sdcard/morvenix/download/speech3_en.tgz", "speech --json", 0, R"({"language": "en","unpacked": true})", "", ""},
-        {"printf xx123456789yy >/tmp/digits", "crc /tmp/digits --skip 2 --limit=11", 0, "cbf43926\n", "", ""},
-        {"", "crc /tmp/digits --json", 0, R"({"file": "/tmp/digits","crc": "ac64768d"})", "", ""},
+        {"firmware check /tests/firmware.img", 0, "board   ok\nheader  ok\nimage   ok\n", "", "*"},
+        {flip + "99 -> firmware check /tmp/i", 1, "~image   failed  its checksum is ", "", "*"},
+        {flip + "50 -> firmware check /tmp/i --json", 1, R"(~"header": false,"image": null,"why": "its )", "", "*"},
+        {flip + "33 -> firmware check /tmp/i", 1, "board  failed  it is for \"xX7h0c\", this board is \"xq7h04\"\n", "", "*"},
+        {"firmware check /tests/firmware.img --limit 5063", 1, "~image   failed", "", "*"},
+        {"rm /etc/desk/board; echo x >/tmp/i -> firmware check /tests/firmware.img", 1,
+         "board  failed  the board does not tell its id\n", "", "*"},
+        {"firmware check /tmp/i", 1, "", "/tmp/i is shorter than the header of an image"},
+        {"firmware check /tmp", 1, "", "/tmp cannot be read"},
+        {"firmware newer v5.0.44 --json", 1, R"({"version": "v5.0.44","newer": false})"},
+        {"firmware newer v6.0", 2, "", "a version reads like v5.1.0, not v6.0"},
+        {"mkdir -p /mnt/sdcard/upgrade; cd /mnt/sdcard/upgrade; echo v5.1.0 >upgrade.dat; "
+         "echo >upgrade.bin -> firmware downloaded", 0, "v5.1.0\n"},
+        {"rm /mnt/sdcard/upgrade/upgrade.bin -> firmware downloaded", 1, "", "no newer firmware is"},
+        {"speech", 1, "language  en\nunpacked  no\n"},
+        {"param set speech_version 3; mkdir -p /mnt/sdcard/morvenix/download; "
+         "echo >/mnt/sdcard/morvenix/download/speech3_en.tgz -> speech --json", 0, R"({"language": "en","unpacked": true})"},
+        {"printf xx123456789yy >/tmp/d -> crc /tmp/d --skip 2 --limit=11", 0, "cbf43926\n"},
+        {"crc /tmp/d --json", 0, R"({"file": "/tmp/d","crc": "ac64768d"})"},
     });
 }
 
@@ -364,14 +383,14 @@ TEST_F(CfgctlTest, SlowFilesShowProgressOnATerminalAlone)
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_EQ(grantpt(terminal), 0);
     ASSERT_EQ(unlockpt(terminal), 0);
-    write_script("/tmp/slow", "head -c 500 /dev/zero; usleep 1200000; head -c 250 /dev/zero; usleep 200000; head -c 250 /dev/zero");
-    const Outcome slow = shell("mkfifo /tmp/a /tmp/b; /tmp/slow >/tmp/a & /tmp/slow >/tmp/b & cfgctl crc --limit 1000 /tmp/b & "
-                               "cfgctl crc --limit 1000 /tmp/a 2>" + std::string(ptsname(terminal)) + "; wait");
-    EXPECT_EQ(slow.out, "060b1780\n060b1780\n");
+    write_script("/tmp/slow", "head -c 75000 /dev/zero; until [ -s /tmp/shown ]; do head -c 1 /dev/zero; usleep 50000; done; "
+                              "head -c 30000 /dev/zero");
+    const Outcome slow = shell("mkfifo /tmp/a /tmp/b; cat <&" + std::to_string(terminal) + " >/tmp/shown 2>/tmp/ended & "
+                               "/tmp/slow >/tmp/a & /tmp/slow >/tmp/b & cfgctl crc --limit 100000 /tmp/b & "
+                               "cfgctl crc --limit 100000 /tmp/a 2>" + ptsname(terminal) + "; wait");
+    EXPECT_EQ(slow.out, "d411957d\nd411957d\n");
     EXPECT_EQ(slow.err, "");
-    std::string shown;
-    for (char c; read(terminal, &c, 1) == 1;) // until all is there, and an error
-        shown += c;
+    const std::string shown = read_file("/tmp/shown");
     EXPECT_THAT(shown, HasSubstr("\r[##############################          ]  75%"));
     EXPECT_THAT(shown, testing::EndsWith("\r\033[K"));
     close(terminal);
@@ -379,22 +398,23 @@ TEST_F(CfgctlTest, SlowFilesShowProgressOnATerminalAlone)
 
 TEST_F(CfgctlTest, TheSupplicantIsTheJudgeOfItsFile)
 {
+    const std::string control = "its passphrase has a control character";
+    const std::string hash = "its SSID or key has a # behind a double quote";
     const struct {
-        std::string ssid, key, reason; // "": taken
+        std::string ssid, key, reason = ""; // none: taken
     } ROWS[] = {
-        {bytes(32), "passphrase", ""}, {bytes(33), "passphrase", "its SSID has more than 32 bytes"},
-        {"home", bytes(64, 'a'), ""}, {"home", bytes(64, 'g'), "its raw key is not hexadecimal"},
-        {"home", bytes(63, '~'), ""}, {"home", "pass\tphrase", "its passphrase has a control character"}, {"home", "passphrase\x7f", "its passphrase has a control character"},
-        {"a\tb", "", ""}, {"a#b", "pass#phrase", ""}, {"a\"b#", "", "its SSID or key has a # behind a double quote"}, {"a\"b\"#", "", ""},
-        {"home", "pass\"phr#ase", "its SSID or key has a # behind a double quote"}, {"home", "a\"#bc", "its SSID or key has a # behind a double quote"},
-        {"caf\xc3\xa9 \"2\" \\", "\"quoted\" key", ""},
+        {bytes(32), "passphrase"}, {bytes(33), "passphrase", "its SSID has more than 32 bytes"},
+        {"home", bytes(64, 'a')}, {"home", bytes(64, 'g'), "its raw key is not hexadecimal"}, {"caf\xc3\xa9 \"2\" \\", "\"quoted\" key"},
+        {"home", bytes(63, '~')}, {"home", "pass\tphrase", control}, {"home", "passphrase\x7f", control}, {"a\tb", ""},
+        {"a#b", "pass#phrase"}, {"a\"b\"#", ""}, {"a\"b#", "", hash}, {"home", "pass\"phr#ase", hash}, {"home", "a\"#bc", hash},
     };
     for (const auto &row : ROWS) {
         SCOPED_TRACE(row.ssid + " " + row.key);
         setenv("SSID", row.ssid.c_str(), 1);
         setenv("PSK", row.key.c_str(), 1);
         unlink("/etc/wpa_supplicant.conf");
-        const Outcome config = shell("param set wl_ssid kept; param set wl_psk ''; param set wl3_ssid \"$SSID\"; param set wl3_psk \"$PSK\"; cfgctl wifi config");
+        const Outcome config = shell("param set wl_ssid kept; param set wl_psk ''; param set wl3_ssid \"$SSID\"; "
+                                     "param set wl3_psk \"$PSK\"; cfgctl wifi config");
         EXPECT_EQ(config.result, row.reason.empty() ? 0 : 4);
         EXPECT_THAT(config.err, HasSubstr(row.reason.empty() ? "" : "cfgctl: wl3_ssid: " + row.reason));
         EXPECT_EQ(access("/etc/wpa_supplicant.conf", F_OK) == 0, row.reason.empty()) << "written";
@@ -406,109 +426,122 @@ TEST_F(CfgctlTest, TheSupplicantIsTheJudgeOfItsFile)
 
 TEST_F(CfgctlTest, NetworkAndTime)
 {
-    const std::string zone = "param set time_zone -300; param set time_dst 1; ";
-    const std::string sync = "run killall ntpd; run ntpd -p a.example";
+    const std::string refused = "cannot stand in a command line";
     check({
-        {"param set wl_ssid home; param set wl_psk 0123456789; param set wl2_ssid typo; param set wl2_psk key", "wifi config", 0, "home\n", "wl2_ssid: left out", ""},
-        {"", "wifi status", 0, "wlan          no\naccess_point  no\nnetworks      home\n", "", ""},
-        {"rm /etc/wpa_supplicant.conf; mkdir /etc/wpa_supplicant.conf", "wifi config", 4, "", "cannot be written", ""},
-        {"", "wifi stop", 0, "", "", "run nice -n 0 udhcpc.kill wlan0; run killall wpa_supplicant"},
-        {"echo 1 >/proc/live_streaming", "wifi restart", 4, "", "a live stream runs; nothing is done", ""},
-        {"", "link wlan --json", 1, R"({"wlan": false})", "", ""},
-        {zone, "time zone", 0, "GMT+0500DST,M4.1.0/2,M10.5.0/2\n", "", "*"},
-        {"", "time zone 60", 2, "", "DST is missing", ""},
-        {"param set time_zone_str Etc/UTC", "time zone 60 0 --json", 0, R"({"zone": "Etc/UTC","tz": "UTC0"})", "the stored time_zone_str Etc/UTC wins", "*"},
-        {"param set time_zone_str 'x; killall ntpd'", "time zone", 4, "", "time_zone_str cannot stand in a command line", ""},
-        {"param set time_server a.example", "time sync on", 0, "", "", sync},
-        {"param set time_server1 '$(reboot)'", "time sync on", 4, "", "time_server1 cannot stand in a command line", ""},
-        {"param set time_server1 -S", "time sync on", 4, "", "time_server1 cannot stand in a command line", ""},
-        {"param set time_server1 " + bytes(235), "time sync on", 4, "", "do not fit the command line", ""},
-        {"param set time_server1 " + bytes(234), "time sync on", 0, "", "", sync + " -p " + bytes(234)},
+        {"param set wl_ssid home; param set wl_psk 0123456789; param set wl2_ssid typo; param set wl2_psk key "
+         "-> wifi config", 0, "home\n", "wl2_ssid: left out"},
+        {"wifi status", 0, "wlan          no\naccess_point  no\nnetworks      home\n"},
+        {"rm /etc/wpa_supplicant.conf; mkdir /etc/wpa_supplicant.conf -> wifi config", 4, "", "cannot be written"},
+        {"wifi stop", 0, "", "", "run nice -n 0 udhcpc.kill wlan0; run killall wpa_supplicant"},
+        {"echo 1 >/proc/live_streaming -> wifi restart", 4, "", "a live stream runs; nothing"},
+        {"link wlan --json", 1, R"({"wlan": false})"},
+        {"param set time_zone -300; param set time_dst 1 -> time zone", 0, "GMT+0500DST,M4.1.0/2,M10.5.0/2\n", "", "*"},
+        {"time zone 60", 2, "", "DST is missing"},
+        {"param set time_zone_str Etc/UTC -> time zone 60 0 --json", 0, R"({"zone": "Etc/UTC","tz": "UTC0"})",
+         "the stored time_zone_str Etc/UTC wins", "*"},
+        {"param set time_zone_str 'x; killall ntpd' -> time zone", 4, "", "_str " + refused},
+        {"param set time_server a.example -> time sync on", 0, "", "", "run killall ntpd; run ntpd -p a.example"},
+        {"param set time_server1 '$(reboot)' -> time sync on", 4, "", "time_server1 " + refused},
+        {"param set time_server1 -S -> time sync on", 4, "", "time_server1 " + refused},
+        {"param set time_server1 " + bytes(235) + " -> time sync on", 4, "", "do not fit the command line"},
+        {"param set time_server1 " + bytes(234) + " -> time sync on", 0, "", "",
+         "run killall ntpd; run ntpd -p a.example -p " + bytes(234)},
     });
 }
 
 TEST_F(CfgctlTest, ListsAreSetAsTheyArePrinted)
 {
     const std::string table = "SLOT  ENABLE  PARAM1  PARAM2  STARTTIME  STOPTIME  DAYS  REPEAT\n"
-                              "0     1       0       -1      08:00      24:00     62    1\n1     0       1       2       00:00      00:00     127   0\n";
-    const std::string clocks = "SLOT  ENABLE  WDAY  STARTTIME  TEXT\n0     1       62    08:00      wake  up, now\n1     0       1     00:02      \n";
+                              "0     1       0       -1      08:00      24:00     62    1\n"
+                              "1     0       1       2       00:00      00:00     127   0\n";
+    const std::string clocks = "SLOT  ENABLE  WDAY  STARTTIME  TEXT\n0     1       62    08:00      wake  up, now\n"
+                               "1     0       1     00:02      \n";
     check({
-        {"", "printf '1,0,-1,08:00,1440,62,1\\r\\n\\r\\n0,1,2,0,0:00,127,0' | cfgctl schedule set --json", 0, R"({"did": "schedule set","entries": 2,"saved": true})", "", "*"},
-        {"", "schedule list", 0, table, "", ""},
-        {"cfgctl schedule list >/tmp/t; cfgctl schedule list --json >/tmp/j", "echo [] | cfgctl schedule set", 0, "", "", "*"},
-        {"", "schedule set /tmp/t", 0, "", "", "*"},
-        {"[ \"$(cfgctl schedule list)\" = \"$(cat /tmp/t)\" ]; echo [] | cfgctl schedule set", "schedule set /tmp/j", 0, "", "", "*"},
-        {"", "schedule list", 0, table, "", ""},
-        {"printf '1,62,480,wake  up, now\\n0,1,2,\\n' >/tmp/c", "alarm set /tmp/c", 0, "", "", "*"},
-        {"", "alarm list", 0, clocks, "", ""},
-        {"cfgctl alarm list >/tmp/t", "alarm set /tmp/t", 0, "", "", "*"},
-        {"grep -q '^clock00=1,62,480,wake  up, now$' /flash/param", "alarm list", 0, clocks, "", ""},
-        {"", "schedule set /none", 1, "", "cannot read the entries: No such file", ""},
+        {"printf '1,0,-1,08:00,1440,62,1\\r\\n\\r\\n0,1,2,0,0:00,127,0' | cfgctl schedule set --json", 0, "~\"entries\": 2", "", "*"},
+        {"schedule list", 0, table},
+        {"cfgctl schedule list >/tmp/t; cfgctl schedule list --json >/tmp/j -> echo [] | cfgctl schedule set", 0, "", "", "*"},
+        {"schedule set /tmp/t", 0, "", "", "*"},
+        {"[ \"$(cfgctl schedule list)\" = \"$(cat /tmp/t)\" ] && echo [] | cfgctl schedule set -> schedule set /tmp/j", 0, "", "", "*"},
+        {"schedule list", 0, table},
+        {"printf '1,62,480,wake  up, now\\n0,1,2,\\n' >/tmp/c -> alarm set /tmp/c", 0, "", "", "*"},
+        {"alarm list", 0, clocks},
+        {"cfgctl alarm list >/tmp/t -> alarm set /tmp/t", 0, "", "", "*"},
+        {"grep -q '^clock00=1,62,480,wake  up, now$' /flash/param -> alarm list", 0, clocks},
+        {"schedule set /none", 1, "", "cannot read the entries: No such file"},
     });
-    const std::string fields = R"("enable":1,"param1":0,"param2":0,"starttime":0,"stoptime":0,)";
-    std::string ten;
-    for (int i = 0; i < 10; i++)
-        ten += "1,0,0,0,0,0,0\n";
-    const struct {
-        std::string verb, input, fault;
-    } FAULTS[] = {
-        {"schedule", "1,0,0,0,0,0,0\n\n1,0,0,1441,0,0,0", "entry 2: starttime takes a number from 0 to 1440, or HH:MM, not 1441"},
-        {"schedule", "1,0,0,8:60,0,0,0", "entry 1: starttime takes"}, {"schedule", "1,0,0,24:01,0,0,0", "entry 1: starttime takes"},
-        {"schedule", "1,0,0,0,0,-1,0", "entry 1: days takes a number from 0 to 127, not -1"},
-        {"schedule", "1,2147483648,0,0,0,0,0", "entry 1: param1 takes a number from"},
-        {"schedule", "1,0,0,0,0,0", "entry 1: has not 7 fields"}, {"schedule", "1,0,0,0,0,0,0,0", "entry 1: has not 7 fields"},
-        {"schedule", ten, "10 entries, and the list holds 9"}, {"schedule", " \n", "no entries are given"},
-        {"schedule", "[{" + fields + "\"days\":1}]", "entry 1: has no repeat"},
-        {"schedule", "[{" + fields + R"("days":null,"repeat":0}])", "entry 1: days is not one line"},
-        {"schedule", "[{" + fields + R"("days":1,"repeat":0,"x":0}])", "entry 1: has a field too many"},
-        {"schedule", "[1]", "entry 1: has no enable"}, {"schedule", "[{\"enable\":1", "the input is not a JSON array"},
-        {"alarm", "1,2,3", "entry 1: has not 4 fields"}, {"alarm", "1,2,3," + bytes(501), "entry 1: text takes at most 500 characters"},
-        {"alarm", R"([{"enable":1,"wday":1,"starttime":0,"text":"a\nb"}])", "entry 1: text is not one line"},
+}
+
+TEST_F(CfgctlTest, ListsAreRefusedAtTheFirstFault)
+{
+    const std::string fields = R"([{"enable":1,"param1":0,"param2":0,"starttime":0,"stoptime":0,)";
+    const auto refused = [](const std::string &line, const std::string &input, const std::string &fault) {
+        write_file("/tmp/bad", input);
+        check({{line + " set /tmp/bad", 2, "", fault}});
     };
-    for (const auto &fault : FAULTS) {
-        write_file("/tmp/bad", fault.input);
-        check({{"", fault.verb + " set /tmp/bad", 2, "", fault.fault, ""}});
-    }
+    const auto schedule = [&](const auto &input, const auto &fault) { refused("schedule", input, fault); };
+    const auto alarm = [&](const auto &input, const auto &fault) { refused("alarm", input, fault); };
+    schedule("1,0,0,0,0,0,0\n\n1,0,0,1441,0,0,0", "entry 2: starttime takes a number from 0 to 1440, or HH:MM, not");
+    schedule("1,0,0,8:60,0,0,0", "entry 1: starttime takes");
+    schedule("1,0,0,24:01,0,0,0", "entry 1: starttime takes");
+    schedule("1,0,0,0,0,-1,0", "entry 1: days takes a number from 0 to 127, not -1");
+    schedule("1,2147483648,0,0,0,0,0", "entry 1: param1 takes a number from");
+    schedule("1,0,0,0,0,0", "entry 1: has not 7 fields");
+    schedule("1,0,0,0,0,0,0,0", "entry 1: has not 7 fields");
+    schedule(std::regex_replace(bytes(10), std::regex("x"), "1,0,0,0,0,0,0\n"), "10 entries, and the list holds 9");
+    schedule(" \n", "no entries are given");
+    schedule(fields + R"("days":1}])", "entry 1: has no repeat");
+    schedule(fields + R"("days":null,"repeat":0}])", "entry 1: days is not one line");
+    schedule(fields + R"("days":1,"repeat":0,"x":0}])", "entry 1: has a field too many");
+    schedule("[1]", "entry 1: has no enable");
+    schedule("[{\"enable\":1", "the input is not a JSON array");
+    alarm("1,2,3", "entry 1: has not 4 fields");
+    alarm("1,2,3," + bytes(501), "entry 1: text takes at most 500 characters");
+    alarm(R"([{"enable":1,"wday":1,"starttime":0,"text":"a\nb"}])", "entry 1: text is not one line");
 }
 
 TEST_F(CfgctlTest, ViewersAndTheirSecrets)
 {
     check({
-        {"", "printf '1234\\nkey\\n' | cfgctl viewer add Ann - - --json", 0, R"({"did": "viewer add","name": "Ann","passcode": "***","credential": "***","once": 0,"saved": true})", "", "store set viewer_list_00=Ann,1234,key,0; relay viewer add name=Ann passcode=1234 credential=key once=0; store saved"},
-        {"cfgctl viewer add Bob 5 6 1", "viewer list", 0, "NAME  PASSCODE  CREDENTIAL  ONCE\nAnn   ***       ***         0\nBob   ***       ***         1\n", "", ""},
-        {"", "viewer list --show-secrets --json", 0, R"(~{"name": "Ann","passcode": "1234","credential": "key","once": "0"})", "", ""},
-        {"", "viewer list 2>&1 | grep -c 1234", 1, "0\n", "", ""},
-        {"", "viewer add Ann 1 2", 1, "", "Ann is a viewer already", ""},
-        {"", "viewer add a,b 1 2", 2, "", "cannot have a comma or a line feed", ""},
-        {"", "viewer add Eve " + bytes(32, 'p') + " 2 2>&1 | grep -c pp", 1, "0\n", "", ""},
-        {"", "viewer add " + bytes(250) + " 1 2", 2, "", "the fields take more than 255", ""},
-        {"", "viewer add Eve - 2 </dev/null", 2, "", "no line on standard input", ""},
-        {"", "viewer del Ann", 0, "", "", "*"},
-        {"for i in 0 1 2 3 4 5 6 7 8; do cfgctl viewer add v$i 1 2; done", "viewer add Eve 1 2", 3, "", "the list has its 10 viewers", ""},
-        {"", "echo s3cret | cfgctl set wl_psk - --json", 0, R"({"did": "set","key": "wl_psk","value": "***","result": "stored","saved": true})", "", "store set wl_psk=s3cret; store saved"},
-        {"", "show wl_psk --show-secrets", 0, "~value       s3cret\n", "", ""},
-        {"", "echo pass | cfgctl upload config pass=- --json", 0, R"({"did": "upload config","pass": "***","saved": true})", "", "store set cifs_pass=pass; store saved"},
-        {"", "upload config --json", 0, R"({"user": "","target": "","mode": "","size": "","mounted": false})", "", ""},
+        {"printf '1234\\nkey\\n' | cfgctl viewer add Ann - - --json", 0,
+         R"({"did": "viewer add","name": "Ann","passcode": "***","credential": "***","once": 0,"saved": true})", "",
+         "store set viewer_list_00=Ann,1234,key,0; relay viewer add name=Ann passcode=1234 credential=key once=0; store saved"},
+        {"cfgctl viewer add Bob 5 6 1 -> viewer list", 0, "NAME  PASSCODE  CREDENTIAL  ONCE\n"
+         "Ann   ***       ***         0\nBob   ***       ***         1\n"},
+        {"viewer list --show-secrets --json", 0, R"(~"passcode": "1234","credential": "key")"},
+        {"viewer list 2>&1 | grep -c 1234", 1, "0\n"},
+        {"viewer add Ann 1 2", 1, "", "Ann is a viewer already"},
+        {"viewer add a,b 1 2", 2, "", "cannot have a comma or a line feed"},
+        {"viewer add Eve " + bytes(32, 'p') + " 2 2>&1 | grep -c pp", 1, "0\n"},
+        {"viewer add " + bytes(250) + " 1 2", 2, "", "the fields take more than 255"},
+        {"viewer add Eve - 2 </dev/null", 2, "", "no line on standard input"},
+        {"viewer del Ann", 0, "", "", "*"},
+        {"for i in 0 1 2 3 4 5 6 7 8; do cfgctl viewer add v$i 1 2; done -> viewer add Eve 1 2", 3, "", "the list has its 10 viewers"},
+        {"echo s3cret | cfgctl set wl_psk - --json", 0, "~\"***\"", "", "store set wl_psk=s3cret; store saved"},
+        {"show wl_psk --show-secrets", 0, "~value       s3cret\n"},
+        {"echo pass | cfgctl upload config pass=- --json", 0, "~\"***\"", "", "store set cifs_pass=pass; store saved"},
+        {"upload config --json", 0, R"(~"mode": "","size": "","mounted": false})"},
     });
 }
 
 TEST_F(CfgctlTest, SoundsAndFeatures)
 {
     check({
-        {"", "alert /audio/bark.wav", 0, "", "", "run nice -n -20 demo_MXWavPlayer_ /audio/bark.wav; run demo_MXWavPlayer_ /audio/bark.wav; run demo_MXSetSpeakerVol_ 40"},
-        {"", "alert '/audio/$(reboot).wav'", 2, "", "FILE has a character that a shell acts on", ""},
-        {"", "alert " + bytes(226), 2, "", "FILE takes 1 to 225 characters", ""},
-        {"", "prompt none.aac", 0, "", "", "*"},
-        {"", "sound alarm", 1, "", "no sound is chosen", ""},
-        {"echo >'/tmp/a b.aac'", "sound alarm '/tmp/a b.aac'", 0, "", "", "*"},
-        {"", "sound alert", 0, "/tmp/a b.aac\n", "", ""},
-        {"", "sound alert /none.aac", 4, "", "AudioCheck refuses /none.aac", "run AudioCheck 32000 /none.aac"},
-        {"", "sound alert /" + bytes(100), 2, "", "a path outside /audio takes at most 100", ""},
-        {"", "sound volume 2", 0, "", "", "store set alert_vol=2; store saved"},
-        {"", "feature led_disable 1 --json", 0, R"({"did": "feature led_disable","disable": 1,"saved": true})", "", "store set led_disable=1; run killall -SIGUSR1 LEDCtrl; store saved"},
-        {"cfgctl feature event -5 99", "feature event", 0, "s3_setting    -5\npush_setting  99\n", "", ""},
-        {"cfgctl feature nimbus 1 folder", "feature nimbus --json", 0, R"({"enable": 1,"folderid": "folder","status": 0})", "", ""},
-        {"", "feature alert_vclip 1 4 3", 2, "", "DURATION takes a number from 5 to 720, not 4", ""},
+        {"alert /audio/bark.wav", 0, "", "", "run nice -n -20 demo_MXWavPlayer_ /audio/bark.wav; "
+                                             "run demo_MXWavPlayer_ /audio/bark.wav; run demo_MXSetSpeakerVol_ 40"},
+        {"alert '/audio/$(reboot).wav'", 2, "", "FILE has a character that a shell acts on"},
+        {"alert " + bytes(226), 2, "", "FILE takes 1 to 225 characters"},
+        {"prompt none.aac", 0, "", "", "*"},
+        {"sound alarm", 1, "", "no sound is chosen"},
+        {"echo >'/tmp/a b.aac' -> sound alarm '/tmp/a b.aac'", 0, "", "", "*"},
+        {"sound alert", 0, "/tmp/a b.aac\n"},
+        {"sound alert /none.aac", 4, "", "AudioCheck refuses /none.aac", "*"},
+        {"sound alert /" + bytes(100), 2, "", "a path outside /audio takes at most 100"},
+        {"sound volume 2", 0, "", "", "store set alert_vol=2; store saved"},
+        {"feature led_disable 1 --json", 0, R"(~"disable": 1,"saved": true)", "",
+         "store set led_disable=1; run killall -SIGUSR1 LEDCtrl; store saved"},
+        {"cfgctl feature event -5 99 -> feature event", 0, "s3_setting    -5\npush_setting  99\n"},
+        {"cfgctl feature nimbus 1 id -> feature nimbus --json", 0, R"({"enable": 1,"folderid": "id","status": 0})"},
+        {"feature alert_vclip 1 4 3", 2, "", "DURATION takes a number from 5 to 720, not 4"},
     });
 }
 
@@ -516,17 +549,19 @@ TEST_F(CfgctlTest, UploadDaemonIsDrivenFromStartToStop)
 {
     const std::string clip = "/mnt/sdcard/video/20240101/clip.mp4";
     check({
-        {"", "upload wake", 1, "", "nothing is woken in upload mode 0", ""},
-        {"", "upload stop", 1, "", "the daemon does not run", ""},
-        {"", "upload config mode=4", 2, "", "mode= takes 0, 1, 2 or 3, not 4", ""},
-        {"", "upload config mode=1 user=ann", 0, "", "", "*"},
-        {"", "upload status", 0, "mode     1\nrunning  yes\n", "", "*"}, // the daemon logs when it comes to it
-        {"", "upload stop", 0, "", "", "*"},
-        {"", "upload recover clip.mp4", 2, "", "recover takes a recording below /mnt/sdcard/video/", "*"},
-        {"", "upload recover /tmp/clip.mp4", 2, "", "recover takes a recording below /mnt/sdcard/video/", ""},
-        {"rm -rf /mnt/sdcard/video/.smbu", "upload recover " + clip, 4, "", clip + ": No such file", ""},
-        {"mkdir -p /mnt/sdcard/video/20240101; echo >" + clip, "upload recover " + clip, 4, "", "the upload daemon has not made /mnt/sdcard/video/.smbu", ""},
-        {"! [ -e /mnt/sdcard/video/.rcy ]; mkdir /mnt/sdcard/video/.smbu", "upload recover " + clip + " --json", 0, "~\"job\": \"/mnt/sdcard/video/.smbu/clip.rcy\"", "", ""},
-        {"[ -e /mnt/sdcard/video/.smbu/clip.rcy ]", "upload recover /mnt/sdcard/video/a.b/", 2, "", "recover takes a recording", ""},
+        {"upload wake", 1, "", "nothing is woken in upload mode 0"},
+        {"upload stop", 1, "", "the daemon does not run"},
+        {"upload config mode=4", 2, "", "mode= takes 0, 1, 2 or 3, not 4"},
+        {"upload config mode=1 user=ann", 0, "", "", "*"},
+        {"upload status", 0, "mode     1\nrunning  yes\n", "", "*"}, // the daemon logs when it can
+        {"upload stop", 0, "", "", "*"},
+        {"upload recover clip.mp4", 2, "", "takes a recording below /mnt/sdcard/video/", "*"},
+        {"upload recover /tmp/clip.mp4", 2, "", "takes a recording below /mnt/sdcard/video/"},
+        {"rm -rf /mnt/sdcard/video/.smbu -> upload recover " + clip, 4, "", clip + ": No such"},
+        {"mkdir -p /mnt/sdcard/video/20240101; echo >" + clip + " -> upload recover " + clip, 4, "",
+         "the upload daemon has not made /mnt/sdcard/video/.smbu"},
+        {"mkdir /mnt/sdcard/video/.smbu -> upload recover " + clip + " --json", 0,
+         "~\"job\": \"/mnt/sdcard/video/.smbu/clip.rcy\""},
+        {"upload recover /mnt/sdcard/video/a.b/", 2, "", "recover takes a recording"},
     });
 }
