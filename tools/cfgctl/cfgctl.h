@@ -83,6 +83,12 @@ std::optional<int64_t> minutes(const std::string &text);
 
 std::string lower(std::string text);
 
+// What stands before, between and behind the separators, but for an empty end.
+std::vector<std::string> split(const std::string &text, char separator);
+
+// All that can still be read of a file.
+std::string rest_of(FILE *file);
+
 // What stands for a secret that is not shown.
 constexpr const char *HIDDEN = "***";
 

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 
 namespace cfgctl
 {
@@ -61,12 +60,13 @@ void events_dump(Call &call)
 {
     const std::string &path = call.words[0];
     cfg_set::EventQueue ring = {};
-    std::ifstream file(path, std::ios::binary);
+    FILE *file = std::fopen(path.c_str(), "re");
     if (!file)
         fail(NOT_FOUND, path + ": " + std::strerror(errno));
-    file.read(reinterpret_cast<char *>(&ring), sizeof ring);
-    if (file.gcount() != sizeof ring)
-        fail(NOT_FOUND, path + " is refused: it has " + std::to_string(file.gcount()) + " of " +
+    const size_t length = std::fread(&ring, 1, sizeof ring, file);
+    std::fclose(file);
+    if (length != sizeof ring)
+        fail(NOT_FOUND, path + " is refused: it has " + std::to_string(length) + " of " +
                             std::to_string(sizeof ring) + " bytes");
 
     const bool good = cfg_set::checkEventQueue(&ring) == 0;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <sstream>
 
 namespace cfgctl
 {
@@ -155,8 +154,7 @@ Json checked(const List &list, const std::vector<std::string> &texts)
 Json parse(const List &list, const std::string &input)
 {
     std::vector<std::string> lines;
-    std::istringstream text(input);
-    for (std::string line; std::getline(text, line);)
+    for (const std::string &line : split(input, '\n'))
         if (line.find_first_not_of(" \t\r") != std::string::npos)
             lines.push_back(line.substr(0, line.find_last_not_of('\r') + 1));
     if (lines.empty())
@@ -198,9 +196,7 @@ void list_set(Call &call)
 {
     const List &list = list_of(call);
     FILE *file = call.words.empty() ? stdin : std::fopen(call.words[0].c_str(), "re");
-    std::string input;
-    for (int c; file && (c = std::fgetc(file)) != EOF;)
-        input += static_cast<char>(c);
+    const std::string input = file ? rest_of(file) : "";
     if (!file || std::ferror(file))
         fail(NOT_FOUND, "cannot read the entries: " + std::string(std::strerror(errno)));
     Json entries;

@@ -47,7 +47,7 @@ unsigned find_option(const std::string &word)
 }
 
 // Puts options, which may stand anywhere, and the other words apart.
-void split(const std::vector<std::string> &given, Call &call)
+void sort_words(const std::vector<std::string> &given, Call &call)
 {
     bool ended = false;
     for (size_t i = 0; i < given.size(); i++) {
@@ -270,7 +270,7 @@ int run(const std::vector<std::string> &words)
         if (!split_output())
             fail(NOT_FOUND, std::string("cannot set up standard output: ") + std::strerror(errno));
         Call call;
-        split(words, call);
+        sort_words(words, call);
         status = perform(call);
     } catch (const Failure &failure) {
         complain(failure.what());
@@ -406,6 +406,24 @@ std::string first_line(const std::string &path)
     return {text, std::strcspn(text, "\n")};
 }
 
+std::vector<std::string> split(const std::string &text, char separator)
+{
+    std::vector<std::string> parts;
+    for (size_t at = 0, end; at < text.size(); at = end + 1) {
+        end = std::min(text.find(separator, at), text.size());
+        parts.push_back(text.substr(at, end - at));
+    }
+    return parts;
+}
+
+std::string rest_of(FILE *file)
+{
+    std::string text;
+    for (int c; (c = std::fgetc(file)) != EOF;)
+        text += static_cast<char>(c);
+    return text;
+}
+
 std::string lower(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(), tolower);
@@ -413,6 +431,14 @@ std::string lower(std::string text)
 }
 
 } // namespace cfgctl
+
+#ifdef __GLIBCXX__
+// The C++ library's own names the exception, with a demangler of 30 KB.
+void __gnu_cxx::__verbose_terminate_handler()
+{
+    std::abort();
+}
+#endif
 
 int main(int argc, char **argv)
 try {

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 
 namespace cfgctl
 {
@@ -58,15 +57,17 @@ bool is_written(const std::string &ssid, const std::string &key)
 std::vector<std::string> written_networks()
 {
     std::vector<std::string> ssids;
-    std::ifstream file(SUPPLICANT_FILE);
+    FILE *file = std::fopen(SUPPLICANT_FILE, "re");
     const std::string begin = "\tssid=\"";
-    for (std::string line; std::getline(file, line);) {
+    for (const std::string &line : split(file ? rest_of(file) : "", '\n')) {
         if (line.compare(0, begin.size(), begin) != 0 || line.back() != '"')
             continue;
         const std::string ssid = line.substr(begin.size(), line.size() - begin.size() - 1);
         if (std::find(ssids.begin(), ssids.end(), ssid) == ssids.end())
             ssids.push_back(ssid);
     }
+    if (file)
+        std::fclose(file);
     return ssids;
 }
 

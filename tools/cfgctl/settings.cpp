@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
-#include <sstream>
 #include <sys/msg.h>
 #include <unistd.h>
 
@@ -69,14 +68,10 @@ std::string restored(const Setting &setting)
 // Another verb as a step of restore.
 std::string performed(const std::string &line)
 {
-    std::istringstream words(line);
     Call call;
-    std::string verb;
-    std::string name;
-    words >> verb >> name;
-    call.action = find_action(verb, name);
-    for (std::string word; words >> word;)
-        call.words.push_back(word);
+    call.words = split(line, ' ');
+    call.action = find_action(call.words[0], call.words[1]);
+    call.words.erase(call.words.begin(), call.words.begin() + 2);
     call.action->run(call);
     return call.done["result"];
 }
