@@ -9,36 +9,28 @@ add_library(cfg_set
     events/storage.cpp
     firmware/board.cpp
     firmware/crc32.cpp
-    firmware/speech.cpp
     firmware/upgrade.cpp
     firmware/verify.cpp
     network/interfaces.cpp
     network/link.cpp
     network/link_stored.cpp
     network/supplicant.cpp
-    network/supplicant_stored.cpp
     records/features.cpp
     records/schedules.cpp
-    records/schedules_check.cpp
     records/sounds.cpp
     records/str_replace.cpp
     records/viewers.cpp
     settings/audio.cpp
-    settings/audio_stored.cpp
     settings/detection.cpp
-    settings/detection_stored.cpp
     settings/frame.cpp
     settings/image.cpp
-    settings/image_stored.cpp
     settings/messages.cpp
     settings/privacy.cpp
     settings/probes.cpp
     settings/probes_stored.cpp
-    settings/prompts.cpp
     settings/stored.cpp
     time/sync.cpp
     time/zone.cpp
-    upload/daemon.cpp
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 

@@ -1,5 +1,6 @@
 #include "settings/stored.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 using namespace cfg_set;
@@ -15,6 +16,10 @@ static_assert(sizeof SCHEDULES == sizeof ALARM_CLOCKS, "the keys of both lists")
 constexpr int SCHEDULE_NUMBERS = 7;
 constexpr int ALARM_CLOCK_NUMBERS = 3;
 constexpr size_t ALARM_CLOCK_VALUE_SIZE = 512;
+
+constexpr uint32_t SWITCH_MAX = 1;
+constexpr uint32_t MINUTE_MAX = 24 * 60;
+constexpr uint32_t DAYS_MAX = 0x7f;
 
 // The numbers of an entry are read as an array.
 static_assert(sizeof(sched_entry) == 28 && SCHEDULE_NUMBERS * sizeof(int32_t) == 28, "numbers");
@@ -64,6 +69,34 @@ static const char *scan_numbers(const char *text, int32_t *numbers, int count)
     return text;
 }
 
+int sched_check_config(int count, const struct sched_entry *list)
+{
+    for (int i = 0; i < count; i++) {
+        const sched_entry *entry = &list[i];
+        if (entry->enable > SWITCH_MAX) {
+            REPORT("invalid sched enable %d", (int)entry->enable);
+            return -1;
+        }
+        if (entry->starttime > MINUTE_MAX) {
+            REPORT("invalid sched starttime %d", (int)entry->starttime);
+            return -2;
+        }
+        if (entry->stoptime > MINUTE_MAX) {
+            REPORT("invalid sched stoptime %d", (int)entry->stoptime);
+            return -3;
+        }
+        if (entry->days > DAYS_MAX) {
+            REPORT("invalid sched days %d", (int)entry->days);
+            return -4;
+        }
+        if (entry->repeat > SWITCH_MAX) {
+            REPORT("invalid sched repeat %d", (int)entry->repeat);
+            return -5;
+        }
+    }
+    return 0;
+}
+
 int sched_set_config(int count, const struct sched_entry *list)
 {
     clear_slots(SCHEDULES, SCHEDULE_SLOTS);
@@ -93,6 +126,26 @@ int sched_get_config(int *count, struct sched_entry *list)
         scan_numbers(value, numbers, SCHEDULE_NUMBERS);
         memcpy(&list[i], numbers, sizeof numbers);
         ++*count;
+    }
+    return 0;
+}
+
+int alarm_check_config(int count, const struct alarm_clock_entry *list)
+{
+    for (int i = 0; i < count; i++) {
+        const alarm_clock_entry *entry = &list[i];
+        if (entry->enable > SWITCH_MAX) {
+            REPORT("invalid sched enable %d", (int)entry->enable);
+            return -1;
+        }
+        if (entry->wday > DAYS_MAX) {
+            REPORT("invalid alarm clock wday %d", (int)entry->wday);
+            return -2;
+        }
+        if (entry->starttime > MINUTE_MAX) {
+            REPORT("invalid alarm clock starttime %d", (int)entry->starttime);
+            return -32; // not -3: callers know it so
+        }
     }
     return 0;
 }

@@ -1,12 +1,8 @@
-// Inside the library only: what the files of audio control share.
+// Inside the library only: what audio control asks of the SD card.
 #pragma once
-
-#include <stdint.h>
 
 namespace cfg_set
 {
-
-constexpr uint32_t MIC_ENABLE_MAX = 1;
 
 // True when /proc/mounts names /mnt/sdcard as a mount point.
 bool sdcard_mounted();

@@ -1,18 +1,36 @@
-#include "upload/daemon.h"
-
 #include "settings/stored.h"
 
+#include <fcntl.h>
+#include <string.h>
+#include <sys/ipc.h>
+#include <sys/msg.h>
+#include <time.h>
 #include <unistd.h>
 
 using namespace cfg_set;
 
+constexpr key_t SMBU_MSG_KEY = 0x20130005;
 constexpr key_t ACCOUNT_MSG_KEY = 0x20130003;
+
+constexpr int WAKE_UP = 1;
+constexpr int EVENT = 2;
+constexpr int STOP = 5;
+constexpr int FORCE_STOP = 6;
+constexpr int SWITCHED_ON = 7;
+constexpr int RECONFIGURED = 8;
 
 constexpr int MODE_OFF = 0;
 constexpr int MODE_EVENTS = 2; // the only mode that is told of events
 constexpr int MODE_ALONE = 3;  // neither started nor woken from here
 
-// The record as its receiver knows it, behind a type of the platform's `long`.
+// The records as the receivers know them, behind a type of the platform's `long`.
+struct signal_message {
+    long mtype;
+    uint32_t time; // seconds since the epoch
+};
+constexpr size_t SIGNAL_SIZE = 4;
+static_assert(offsetof(signal_message, time) == sizeof(long), "the time follows the type");
+
 constexpr long ACCOUNT_TYPE = 1;
 constexpr uint16_t ACCOUNT_CODE = 11;
 struct account_message {
@@ -29,6 +47,21 @@ static_assert(ACCOUNT_BODY == sizeof(long), "the body follows the type");
 static_assert(offsetof(account_message, text) - ACCOUNT_BODY == 12, "text");
 static_assert(offsetof(account_message, reserved3) - ACCOUNT_BODY == 268, "reserved3");
 static_assert(sizeof(account_message) == ACCOUNT_BODY + ACCOUNT_SIZE, "the body is whole");
+
+// A message that does not fit the queue is lost, as is one without a queue.
+static void post(key_t key, const void *message, size_t size)
+{
+    const int sent = msgsnd(msgget(key, IPC_CREAT | 0666), message, size, IPC_NOWAIT);
+    (void)sent;
+}
+
+static void signal_daemon(int code)
+{
+    signal_message message = {};
+    message.mtype = code;
+    message.time = (uint32_t)time(nullptr);
+    post(SMBU_MSG_KEY, &message, SIGNAL_SIZE);
+}
 
 static void send_account()
 {
@@ -54,6 +87,18 @@ int smbu_status(void)
     return to_int(mode);
 }
 
+int smbu_exist(void)
+{
+    char text[32 + 1];
+    if (file_block("/var/run/smbu.pid", text, sizeof text) <= 0)
+        return 0;
+    char path[32];
+    format(path, sizeof path, "/proc/%d/cmdline", to_int(text));
+    if (file_block(path, text, sizeof text) <= 0)
+        return 0;
+    return strstr(text, "smbu") ? 1 : 0;
+}
+
 // Signals the daemon, which is started when it does not run.
 static void rouse(int code)
 {
@@ -74,6 +119,15 @@ int smbu_event_notify(void)
 {
     if (smbu_status() == MODE_EVENTS)
         rouse(EVENT);
+    return 0;
+}
+
+int smbu_force_stop(void)
+{
+    if (smbu_exist()) {
+        signal_daemon(FORCE_STOP);
+        sleep(1);
+    }
     return 0;
 }
 
@@ -167,5 +221,23 @@ int smbu_get_config(char *user, int user_len, char *target, int target_len, char
         char first[2];
         *mounted = command_line("cat /proc/mounts | grep /mnt/cifs", first, sizeof first) ? 1 : 0;
     }
+    return 0;
+}
+
+int smbu_add_recovery_job(const char *path)
+{
+    const char *name = path ? strrchr(path, '/') : nullptr;
+    if (!name)
+        return -1;
+    char marker[128]; // a longer path is cut there
+    format(marker, sizeof marker, "/mnt/sdcard/video/.smbu%s", name);
+    // Without a dot in what is left of the name this is the folder's own.
+    char *dot = strrchr(marker, '.');
+    if (!format(dot, sizeof marker - (size_t)(dot - marker), ".rcy"))
+        return -1;
+    const int file = open(marker, O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    if (file < 0)
+        return -1;
+    close(file);
     return 0;
 }
