@@ -10,9 +10,9 @@ using AudioTest = LibraryTest;
 
 // clang-format off
 
-using Given = std::pair<const std::string, std::string>;
-static const Given CARD = {"/proc/mounts", "tmpfs /tmp tmpfs rw 0 0\n/dev/a /mnt/sdcard vfat rw 0 0\n/dev/b /b vfat rw 0 0\n"};
-static const Given NO_CARD = {"/proc/mounts", ""}, EN = {"lang_name", "en"}, VOLUME = {"io_speaker_volume", "25"};
+using Pair = std::pair<const std::string, std::string>;
+static const Pair CARD = {"/proc/mounts", "tmpfs /tmp tmpfs rw 0 0\n/dev/a /mnt/sdcard vfat rw 0 0\n/dev/b /b vfat rw 0 0\n"};
+static const Pair NO_CARD = {"/proc/mounts", ""}, EN = {"lang_name", "en"}, VOLUME = {"io_speaker_volume", "25"};
 
 static Calls level(int number)
 {
@@ -76,9 +76,9 @@ TEST_F(AudioTest, PromptComesFromTheCardThenTheFirmwareThenTheBuiltInSounds)
     const auto plays = [](const std::string &path) { return Calls{"system demo_MXAacPlayer_ " + path, "sleep 1"}; };
     const Calls built_in = plays("/audio/a");
     const std::string folder = "/mnt/sdcard/morvenix/en/speech/", language = "abcde ghijklmnopqrstuvwxyz0123456789", loud = "io_speaker_volume 8";
-    const Given on_card = {folder + "a", ""}, in_firmware = {"/localization/en/a", ""}, cut = {"lang_name", language}, bad = {"lang_name", ";"};
-    const Given card_15 = {"/mnt/sdcard/morvenix/" + language.substr(0, 15) + "/speech/a", ""};
-    const Given firmware_31 = {"/localization/" + language.substr(0, 31) + "/a", ""};
+    const Pair on_card = {folder + "a", ""}, in_firmware = {"/localization/en/a", ""}, cut = {"lang_name", language}, bad = {"lang_name", ";"};
+    const Pair card_15 = {"/mnt/sdcard/morvenix/" + language.substr(0, 15) + "/speech/a", ""};
+    const Pair firmware_31 = {"/localization/" + language.substr(0, 31) + "/a", ""};
     const std::string longest = "a " + std::string(228, 'n'), fits(237 - folder.size(), 'n'), more = fits + "n";
     check({
         {{CARD, EN, VOLUME, on_card, in_firmware}, {}, CALL(voice_prompt("a")), 0, plays(on_card.first), "", {"lang_name 16", loud}},
@@ -105,7 +105,7 @@ TEST_F(AudioTest, PromptComesFromTheCardThenTheFirmwareThenTheBuiltInSounds)
 
 TEST_F(AudioTest, AlertPlaysAtRaisedPriorityThenRestoresTheSpeaker)
 {
-    const Given on = {"io_speaker_enable", "1"};
+    const Pair on = {"io_speaker_enable", "1"};
     const std::string longest(225, 'p');
     for (const auto &sound : std::map<std::string, std::string>{{"/b c.wav", "Wav"}, {"/a.aac/x.wav", "Aac"}, {"/xaac", "Wav"}, {longest, "Wav"}}) {
         const std::string line = "nice -n -20 demo_MX" + sound.second + "Player_ " + sound.first, told = "| alert\t# cmd " + line;

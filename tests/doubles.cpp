@@ -4,7 +4,6 @@
 #include "platform/viewer_relay.h"
 
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstdarg>
 #include <cstring>
@@ -94,10 +93,8 @@ static std::string told(const std::string &text, const std::string &function, co
     return lines + (text.empty() || text.back() == '\n' ? "" : "<no line end>");
 }
 
-using Files = std::map<std::string, std::string>;
-
 // The files as they were, and nothing else that a row has given.
-static void reset(const Files &kept, const Row &row)
+static void reset(const Given &kept, const Row &row)
 {
     for (const auto &[name, value] : row.given)
         if (name[0] == '/' && name.back() == '/')
@@ -133,7 +130,7 @@ static void check_row(const Row &row)
         give(name, value);
     refused = row.refused;
     calls.clear();
-    const Files before = files();
+    const Given before = files();
 
     std::string result;
     in_row = true;
@@ -148,7 +145,7 @@ static void check_row(const Row &row)
         call.rfind("get ", 0) == 0 ? reads.push_back(call.substr(4)) : made.push_back(call);
     for (; !pipes.empty(); pclose(pipes.begin()->first))
         made.push_back("left open " + pipes.begin()->second);
-    const Files after = files();
+    const Given after = files();
     for (const auto &[path, text] : after)
         if (before.count(path) == 0 || before.at(path) != text)
             made.push_back("wrote " + path + " " + visible(text));
@@ -169,7 +166,7 @@ static void check_row(const Row &row)
 
 void check(const std::vector<Row> &rows)
 {
-    const Files kept = files();
+    const Given kept = files();
     for (const Row &row : rows) {
         for (refusal = -1; refusal <= 1; refusal += 2) {
             const testing::ScopedTrace trace("row", row.call.line, row.call.text);
@@ -241,6 +238,17 @@ extern "C" {
 int system(const char *line) { record(std::string("system ") + line); return statuses[line]; }
 int kill(pid_t pid, int signal) noexcept { record("kill " + words(pid, signal)); return 0; }
 
+// The clock that a row's waits are measured with stands still.
+constexpr timespec CLOCK = {1000, 999000000};
+
+int clock_gettime(clockid_t clock, timespec *now) noexcept
+{
+    if (!in_row || clock != CLOCK_MONOTONIC)
+        return real<int(clockid_t, timespec *)>("clock_gettime")(clock, now);
+    *now = CLOCK;
+    return 0;
+}
+
 // Interrupted the first time, done the second, when it is for the same time.
 int clock_nanosleep(clockid_t clock, int, const timespec *end, timespec *)
 {
@@ -249,11 +257,9 @@ int clock_nanosleep(clockid_t clock, int, const timespec *end, timespec *)
         asked = *end;
         return EINTR;
     }
-    timespec now{};
-    clock_gettime(clock, &now);
-    const double left = static_cast<double>(end->tv_sec - now.tv_sec) + static_cast<double>(end->tv_nsec - now.tv_nsec) / 1e9;
-    record("wait " + word(std::lround(left * 20) * 50));
-    return 0;
+    asked = {};
+    record("wait " + word((end->tv_sec - CLOCK.tv_sec) * 1000 + (end->tv_nsec - CLOCK.tv_nsec) / 1000000));
+    return clock == CLOCK_MONOTONIC ? 0 : EINVAL;
 }
 
 unsigned sleep(unsigned seconds)

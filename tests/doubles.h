@@ -97,15 +97,19 @@ struct Result {
     template <typename Value> Result(const Value &value) : text(word(value)) {}
 };
 
-// A case: what is there, what is refused, the call, and all that it may do.
+using Given = std::map<std::string, std::string>;
+
+// A case: what is there, what is refused, the call, and all that it may do. What
+// is nothing is left out: {CALL(...), result}, {given, CALL(...), result}.
 struct Row {
     // "KEY" is a stored value, "/PATH" a file, "/PATH/" a folder, "$ LINE" what
     // popen reads from a command, "= LINE" the wait status of one that system runs.
-    std::map<std::string, std::string> given;
+    Given given;
     // "get KEY", "set KEY", "unset KEY", "save", "relay", "popen LINE", or a System V call:
     // "flock", "msgget", "msgsnd", "semget", "SETALL" (a semctl), "semop", "unlock" (a
     // semop), "shmget", "shmat", "shmdt".
-    std::set<std::string> refused;
+    using Refused = std::set<std::string>;
+    Refused refused;
     Call call;
     Result result;
     // In order, but for reading the store; then "left open LINE" of pipes, and
@@ -115,7 +119,16 @@ struct Row {
     // head, or "cfg_set TEXT" with the module's; others whole; those
     // that are no reports behind "| "; "! " before what went to standard error.
     std::string printed;
-    Calls reads = {}; // "KEY SIZE" as the store was read; not looked at when empty
+    Calls reads; // "KEY SIZE" as the store was read; not looked at when empty
+
+    // clang-format off
+    Row(Given has, Refused not_has, Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+        : given(has), refused(not_has), call(makes), result(gives), calls(does), printed(says), reads(asks) {}
+    Row(Given has, Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+        : Row(has, {}, makes, gives, does, says, asks) {}
+    Row(Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+        : Row({}, {}, makes, gives, does, says, asks) {}
+    // clang-format on
 };
 
 // Makes each row's call, from the files that the test has made, and compares.

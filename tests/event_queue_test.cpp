@@ -17,10 +17,11 @@ using namespace doubles;
 
 static const std::string CARD = "/mnt/sdcard/video/.event";
 constexpr key_t LOCK = 0x20130001;
-constexpr uint32_t NOW = 1700000000, FLOOR = 1390000000, IN_2040 = 2208988800; // the last beyond 31 bits
+constexpr uint32_t NOW = 1700000000, FLOOR = 1390000000, IN_2040 = 2208988800; // beyond 31 bits
 
 static const Calls HELD = {"lock 20130001", "shmget 20130002 4108 666", "unlock 20130001"};
-static const Calls LOADED = {"lock 20130001", "shmget 20130002 4108 666", "shmget 20130002 4108 1666", "unlock 20130001"};
+static const Calls MADE = {HELD[0], HELD[1], "shmget 20130002 4108 1666"};
+static const Calls LOADED = MADE + Calls{HELD[2]};
 
 class EventQueueTest : public LibraryTest
 {
@@ -49,9 +50,9 @@ static std::string bytes(const EventQueue &queue)
     return {reinterpret_cast<const char *>(&queue), sizeof queue};
 }
 
-static std::pair<const std::string, std::string> file(uint32_t head, uint32_t tail, uint32_t count, const Slots &slots = {})
+static Given file(uint32_t head, uint32_t tail, uint32_t count, const Slots &slots = {})
 {
-    return {CARD, bytes(ring(head, tail, count, slots))};
+    return {{CARD, bytes(ring(head, tail, count, slots))}};
 }
 
 // "HEAD TAIL COUNT", then " SLOT=TYPE@TIME" of the slots that are not zero.
@@ -104,6 +105,9 @@ static std::string on(const EventQueue &before, Result (*call)(Taken...), Given.
     return text + (state.shm_nattch == 0 ? "" : " attached");
 }
 
+#define ON(ring, call, ...) CALL_AS(call, on(ring, call, ##__VA_ARGS__))
+#define PEEK(ring, index) CALL_AS(cfg_getEvent, on(ring, peek, index))
+
 static std::string peek(uint32_t index)
 {
     EventQueueEntry event = {8, 9};
@@ -124,38 +128,42 @@ static std::string boot(time_t now = NOW)
 
 TEST_F(EventQueueTest, LoaderTakesRingsAndRefusesTheRest)
 {
-    const Calls drop = {LOADED[0], LOADED[1], LOADED[2], "system rm -rf /mnt/sdcard/video/.event", LOADED[3]};
-    const std::string none = "1 0 0 0", fail = "[getEventQueue #] load fail", missing = "[getEventQueue #] [/mnt/sdcard/video/.event] not found";
-    const auto invalid = [&](const std::string &text) { return "[checkEventQueue #] invalid " + text + "\n" + fail; };
+    const Calls drop = MADE + Calls{"system rm -rf " + CARD, HELD[2]};
+    const std::string none = "1 0 0 0", fail = "[getEventQueue #] load fail";
+    const std::string missing = "[getEventQueue #] [" + CARD + "] not found";
+    const auto bad = [&](const std::string &text) { return "[checkEventQueue #] invalid " + text + "\n" + fail; };
     check({
-        {{}, {}, CALL(boot()), none, LOADED, missing},
-        {{{CARD + "/", ""}}, {}, CALL(boot()), none, LOADED, missing}, // cannot be written
-        {{file(0, 0, 0)}, {}, CALL(boot()), none, LOADED, ""},
-        {{file(7, 7, 0, {{511, {4, NOW - 1}}})}, {}, CALL(boot()), "1 7 7 0 511=4@1699999999", LOADED, ""},
-        {{file(7, 7, 512)}, {}, CALL(boot()), "0 7 7 512", LOADED, ""},
-        {{file(510, 2, 4)}, {}, CALL(boot()), "0 510 2 4", LOADED, ""},
-        {{file(0, 511, 511)}, {}, CALL(boot()), "0 0 511 511", LOADED, ""},
-        {{{CARD, file(5, 4, 511).second + "more"}}, {}, CALL(boot()), "0 5 4 511", LOADED, ""},
-        {{file(0, 0, 0, {{9, {0, UINT32_MAX}}})}, {}, CALL(boot(FLOOR)), "1 0 0 0 9=0@4294967295", LOADED, ""},
-        {{file(0, 0, 0, {{9, {0, FLOOR + 1}}})}, {}, CALL(boot(1)), "1 0 0 0 9=0@1390000001", LOADED, ""},
-        {{file(0, 0, 0, {{9, {0, IN_2040 - 1}}})}, {}, CALL(boot(IN_2040)), "1 0 0 0 9=0@2208988799", LOADED, ""},
+        {CALL(boot()), none, LOADED, missing},
+        {{{CARD + "/", ""}}, CALL(boot()), none, LOADED, missing}, // cannot be written
+        {file(0, 0, 0), CALL(boot()), none, LOADED},
+        {file(7, 7, 0, {{511, {4, NOW - 1}}}), CALL(boot()), "1 7 7 0 511=4@1699999999", LOADED},
+        {file(7, 7, 512), CALL(boot()), "0 7 7 512", LOADED},
+        {file(510, 2, 4), CALL(boot()), "0 510 2 4", LOADED},
+        {file(0, 511, 511), CALL(boot()), "0 0 511 511", LOADED},
+        {{{CARD, bytes(ring(5, 4, 511)) + "more"}}, CALL(boot()), "0 5 4 511", LOADED},
+        {file(0, 0, 0, {{9, {0, FLOOR}}}), CALL(boot(FLOOR)), "1 0 0 0 9=0@1390000000", LOADED},
+        {file(0, 0, 0, {{9, {0, FLOOR + 1}}}), CALL(boot(1)), "1 0 0 0 9=0@1390000001", LOADED},
+        {file(0, 0, 0, {{9, {0, IN_2040 - 1}}}), CALL(boot(IN_2040)), "1 0 0 0 9=0@2208988799", LOADED},
 
-        {{file(600, 0, 513)}, {}, CALL(boot()), none, drop, invalid("count[513]")},
-        {{file(0, 0, UINT32_MAX)}, {}, CALL(boot()), none, drop, invalid("count[4294967295]")},
-        {{file(512, 0, 0)}, {}, CALL(boot()), none, drop, invalid("head[512] or tail[0]")},
-        {{file(0, 512, 512)}, {}, CALL(boot()), none, drop, invalid("head[0] or tail[512]")},
-        {{file(3, UINT32_MAX, 0)}, {}, CALL(boot()), none, drop, invalid("head[3] or tail[4294967295]")},
-        {{file(3, 3, 1, {{0, {5, 0}}})}, {}, CALL(boot()), none, drop, invalid("head[3] tail[3] count[1]")},
-        {{file(3, 5, 3)}, {}, CALL(boot()), none, drop, invalid("head[3] tail[5] count[3]")},
-        {{file(3, 5, 0)}, {}, CALL(boot()), none, drop, invalid("head[3] tail[5] count[0]")},
-        {{file(5, 3, 2)}, {}, CALL(boot()), none, drop, invalid("head[5] tail[3] count[2]")},
-        {{file(0, 0, 0, {{511, {5, 0}}})}, {}, CALL(boot()), none, drop, invalid("type i[511][5]")},
-        {{file(0, 0, 0, {{0, {UINT32_MAX, NOW}}})}, {}, CALL(boot()), none, drop, invalid("type i[0][4294967295]")},
-        {{file(0, 0, 0, {{1, {0, NOW}}, {2, {9, 0}}})}, {}, CALL(boot()), none, drop, invalid("time i[1][1700000000] >= now[1700000000]")},
-        {{file(0, 0, 0, {{9, {0, UINT32_MAX}}})}, {}, CALL(boot(FLOOR + 1)), none, drop, invalid("time i[9][4294967295] >= now[1390000001]")},
-        {{file(0, 0, 0, {{9, {0, IN_2040}}})}, {}, CALL(boot(IN_2040)), none, drop, invalid("time i[9][2208988800] >= now[2208988800]")},
-        {{{CARD, file(0, 0, 0).second.erase(4107)}}, {}, CALL(boot()), none, drop, fail},
-        {{{CARD, ""}}, {}, CALL(boot()), none, drop, fail},
+        {file(600, 0, 513), CALL(boot()), none, drop, bad("count[513]")},
+        {file(0, 0, UINT32_MAX), CALL(boot()), none, drop, bad("count[4294967295]")},
+        {file(512, 0, 0), CALL(boot()), none, drop, bad("head[512] or tail[0]")},
+        {file(0, 512, 512), CALL(boot()), none, drop, bad("head[0] or tail[512]")},
+        {file(3, UINT32_MAX, 0), CALL(boot()), none, drop, bad("head[3] or tail[4294967295]")},
+        {file(3, 3, 1, {{0, {5, 0}}}), CALL(boot()), none, drop, bad("head[3] tail[3] count[1]")},
+        {file(3, 5, 3), CALL(boot()), none, drop, bad("head[3] tail[5] count[3]")},
+        {file(3, 5, 0), CALL(boot()), none, drop, bad("head[3] tail[5] count[0]")},
+        {file(5, 3, 2), CALL(boot()), none, drop, bad("head[5] tail[3] count[2]")},
+        {file(0, 0, 0, {{511, {5, 0}}}), CALL(boot()), none, drop, bad("type i[511][5]")},
+        {file(0, 0, 0, {{0, {UINT32_MAX, NOW}}}), CALL(boot()), none, drop, bad("type i[0][4294967295]")},
+        {file(0, 0, 0, {{1, {0, NOW}}, {2, {9, 0}}}), CALL(boot()), none, drop,
+            bad("time i[1][1700000000] >= now[1700000000]")},
+        {file(0, 0, 0, {{9, {0, UINT32_MAX}}}), CALL(boot(FLOOR + 1)), none, drop,
+            bad("time i[9][4294967295] >= now[1390000001]")},
+        {file(0, 0, 0, {{9, {0, IN_2040}}}), CALL(boot(IN_2040)), none, drop,
+            bad("time i[9][2208988800] >= now[2208988800]")},
+        {{{CARD, bytes(ring(0, 0, 0)).erase(4107)}}, CALL(boot()), none, drop, fail},
+        {{{CARD, ""}}, CALL(boot()), none, drop, fail},
     });
 }
 
@@ -163,58 +171,62 @@ TEST_F(EventQueueTest, ChangesAreMadeInMemoryAndOnTheCard)
 {
     record_time = true;
     const Calls stamped = {"time", HELD[0], HELD[1], HELD[2]};
-    const EventQueue none = ring(7, 7, 0), full = ring(100, 100, 512), two = ring(511, 1, 2, {{511, {3, 5}}, {0, {4, 6}}});
+    const EventQueue none = ring(7, 7, 0), full = ring(100, 100, 512);
+    const EventQueue two = ring(511, 1, 2, {{511, {3, 5}}, {0, {4, 6}}});
     const std::string same = " 511 1 2 0=4@6 511=3@5";
     check({
-        {{}, {}, CALL_AS(cfg_isEventQueueEmpty, on(none, cfg_isEventQueueEmpty)), "1 7 7 0", HELD, ""},
-        {{}, {}, CALL_AS(cfg_isEventQueueEmpty, on(full, cfg_isEventQueueEmpty)), "0 100 100 512", HELD, ""},
-        {{}, {}, CALL_AS(cfg_isEventQueueEmpty, on(ring(3, 4, 0), cfg_isEventQueueEmpty)), "0 3 4 0", HELD, ""},
-        {{{CARD, "trusted no more"}}, {}, CALL_AS(cfg_isEventQueueEmpty, on(none, cfg_isEventQueueEmpty)), "1 7 7 0", HELD, ""},
+        {ON(none, cfg_isEventQueueEmpty), "1 7 7 0", HELD},
+        {ON(full, cfg_isEventQueueEmpty), "0 100 100 512", HELD},
+        {ON(ring(3, 4, 0), cfg_isEventQueueEmpty), "0 3 4 0", HELD},
+        {{{CARD, "trusted no more"}}, ON(none, cfg_isEventQueueEmpty), "1 7 7 0", HELD},
 
-        {{}, {}, CALL_AS(cfg_enqueueEvent, on(ring(511, 511, 0), cfg_enqueueEvent, 3)), "0 511 0 1 511=3@1700000000 saved", stamped, ""},
-        {{{CARD, std::string(5000, 'x')}}, {}, CALL_AS(cfg_enqueueEvent, on(ring(9, 2, 505, {{2, {1, 1}}}), cfg_enqueueEvent, UINT32_MAX)),
-            "0 9 3 506 2=4294967295@1700000000 saved", stamped, ""},
-        {{}, {}, CALL_AS(cfg_enqueueEvent, on(full, cfg_enqueueEvent, 1)), "-1 100 100 512", stamped, "EventQueue is full"},
-        {{}, {}, CALL_AS(cfg_enqueueEvent, on(ring(3, 3, 511), cfg_enqueueEvent, 0)), "0 3 4 512 3=0@1700000000 saved", stamped, ""},
-        {{}, {}, CALL_AS(cfg_enqueueEvent, on(ring(3, 4, 512), cfg_enqueueEvent, 0)), "0 3 5 513 4=0@1700000000 saved", stamped, ""},
+        {ON(ring(511, 511, 0), cfg_enqueueEvent, 3), "0 511 0 1 511=3@1700000000 saved", stamped},
+        {{{CARD, bytes(full) + "more"}}, ON(ring(9, 2, 505), cfg_enqueueEvent, UINT32_MAX),
+            "0 9 3 506 2=4294967295@1700000000 saved", stamped},
+        {ON(full, cfg_enqueueEvent, 1), "-1 100 100 512", stamped, "EventQueue is full"},
+        {ON(ring(3, 3, 511), cfg_enqueueEvent, 0), "0 3 4 512 3=0@1700000000 saved", stamped},
+        {ON(ring(3, 4, 512), cfg_enqueueEvent, 0), "0 3 5 513 4=0@1700000000 saved", stamped},
 
-        {{}, {}, CALL_AS(cfg_getEvent, on(two, peek, 0)), "0 3 5" + same, HELD, ""},
-        {{}, {}, CALL_AS(cfg_getEvent, on(two, peek, 1)), "0 4 6" + same, HELD, ""},
-        {{}, {}, CALL_AS(cfg_getEvent, on(two, peek, 2)), "-1 8 9" + same, HELD, ""},
-        {{}, {}, CALL_AS(cfg_getEvent, on(two, peek, UINT32_MAX)), "-1 8 9" + same, HELD, ""},
-        {{}, {}, CALL_AS(cfg_getEvent, on(none, peek, 0)), "-1 8 9 7 7 0", HELD, ""},
-        {{}, {}, CALL(cfg_getEvent(0, nullptr)), -1, {}, "event buffer is null"},
+        {PEEK(two, 0), "0 3 5" + same, HELD},
+        {PEEK(two, 1), "0 4 6" + same, HELD},
+        {PEEK(two, 2), "-1 8 9" + same, HELD},
+        {PEEK(two, UINT32_MAX), "-1 8 9" + same, HELD},
+        {PEEK(none, 0), "-1 8 9 7 7 0", HELD},
+        {CALL(cfg_getEvent(0, nullptr)), -1, {}, "event buffer is null"},
 
-        {{}, {}, CALL_AS(cfg_dequeueEvent, on(none, cfg_dequeueEvent, 1)), "0 7 7 0", HELD, ""},
-        {{}, {}, CALL_AS(cfg_dequeueEvent, on(two, cfg_dequeueEvent, 0)), "0" + same + " saved", HELD, ""},
-        {{}, {}, CALL_AS(cfg_dequeueEvent, on(two, cfg_dequeueEvent, 1)), "0 0 1 1 0=4@6 511=3@5 saved", HELD, ""},
-        {{}, {}, CALL_AS(cfg_dequeueEvent, on(full, cfg_dequeueEvent, UINT32_MAX)), "0 100 100 0 saved", HELD, ""},
-        {{}, {}, CALL_AS(cfg_dequeueAllEvent, on(none, cfg_dequeueAllEvent)), "0 7 7 0", HELD, ""},
-        {{}, {}, CALL_AS(cfg_dequeueAllEvent, on(two, cfg_dequeueAllEvent)),  "0 0 0 0 0=4@6 511=3@5 saved", HELD, ""},
+        {ON(none, cfg_dequeueEvent, 1), "0 7 7 0", HELD},
+        {ON(two, cfg_dequeueEvent, 0), "0" + same + " saved", HELD},
+        {ON(two, cfg_dequeueEvent, 1), "0 0 1 1 0=4@6 511=3@5 saved", HELD},
+        {ON(full, cfg_dequeueEvent, UINT32_MAX), "0 100 100 0 saved", HELD},
+        {ON(none, cfg_dequeueAllEvent), "0 7 7 0", HELD},
+        {ON(two, cfg_dequeueAllEvent), "0 0 0 0 0=4@6 511=3@5 saved", HELD},
     });
     clock_now = IN_2040;
-    check({{{}, {}, CALL_AS(cfg_enqueueEvent, on(none, cfg_enqueueEvent, 7)), "0 7 8 1 7=7@2208988800 saved", stamped, ""}});
+    check({{ON(none, cfg_enqueueEvent, 7), "0 7 8 1 7=7@2208988800 saved", stamped}});
 }
 
 TEST_F(EventQueueTest, EveryCallReportsWhatFails)
 {
-    const std::string id = word(segment()), lock = word(semget(LOCK, 1, 0)), no_memory = "errno[12][Cannot allocate memory]";
+    const std::string id = word(segment()), lock = word(semget(LOCK, 1, 0)), get = "[getEventQueue #] ";
+    const std::string no_lock = "sem_get fail iSemId[-1]\n! | error ";
+    const std::string no_memory = " errno[12][Cannot allocate memory]\ngetEventQueue fail";
     const EventQueue none = ring(7, 7, 0), one = ring(7, 8, 1);
-    const auto fails = [&](const Call &call, const std::string &failed, const std::string &made, const std::string &saved) {
+    const auto fails = [&](const Call &call, const Result &failed, const std::string &made, const std::string &saved) {
         check({
-            {{}, {"semget"}, call, failed, {}, "sem_get fail iSemId[-1]\n! | error creating semaphore.\n! | sem_get: Cannot allocate memory"},
-            {{}, {"semop"}, call, failed, {HELD[0]}, "sem_get fail iSemId[-1]\n! | error getting semaphore."},
-            {{}, {"shmget"}, call, failed, LOADED, "[getEventQueue #] shmget fail iShmId[-1] " + no_memory + "\ngetEventQueue fail"},
-            {{}, {"shmat"}, call, failed, HELD, "[getEventQueue #] shmat fail iShmId[" + id + "] " + no_memory + "\ngetEventQueue fail"},
+            {{}, {"semget"}, call, failed, {},
+                no_lock + "creating semaphore.\n! | sem_get: Cannot allocate memory"},
+            {{}, {"semop"}, call, failed, {HELD[0]}, no_lock + "getting semaphore."},
+            {{}, {"shmget"}, call, failed, LOADED, get + "shmget fail iShmId[-1]" + no_memory},
+            {{}, {"shmat"}, call, failed, HELD, get + "shmat fail iShmId[" + id + "]" + no_memory},
             {{}, {"unlock"}, call, made + saved, HELD, "sem_put fail iSemId[" + lock + "]\n! | error releasing semaphore."},
-            {{{CARD + "/", ""}}, {}, call, made, HELD, saved.empty() ? "" :
-                "[saveEventQueue #] fopen [/mnt/sdcard/video/.event] fail errno[21][Is a directory]\nsaveEventQueue fail"},
+            {{{CARD + "/", ""}}, call, made, HELD, saved.empty() ? "" :
+                "[saveEventQueue #] fopen [" + CARD + "] fail errno[21][Is a directory]\nsaveEventQueue fail"},
         });
     };
-    fails(CALL_AS(cfg_isEventQueueEmpty, on(none, cfg_isEventQueueEmpty)), "0 7 7 0", "1 7 7 0", "");
-    fails(CALL_AS(cfg_enqueueEvent, on(one, cfg_enqueueEvent, 0)), "-1 7 8 1", "0 7 9 2 8=0@1700000000", " saved");
-    fails(CALL_AS(cfg_dequeueEvent, on(one, cfg_dequeueEvent, 1)), "-1 7 8 1", "0 8 8 0", " saved");
-    fails(CALL_AS(cfg_dequeueAllEvent, on(one, cfg_dequeueAllEvent)), "-1 7 8 1", "0 0 0 0", " saved");
+    fails(ON(none, cfg_isEventQueueEmpty), "0 7 7 0", "1 7 7 0", "");
+    fails(ON(one, cfg_enqueueEvent, 0), "-1 7 8 1", "0 7 9 2 8=0@1700000000", " saved");
+    fails(ON(one, cfg_dequeueEvent, 1), "-1 7 8 1", "0 8 8 0", " saved");
+    fails(ON(one, cfg_dequeueAllEvent), "-1 7 8 1", "0 0 0 0", " saved");
     fails(CALL_AS(cfg_getEvent, on(one, peek, 0).erase(2, 4)), "-1 7 8 1", "0 7 8 1", "");
 }
 
@@ -242,18 +254,19 @@ TEST_F(EventQueueTest, LocksAddressesAndAFullCard)
     auto *elsewhere = reinterpret_cast<EventQueue *>(0x1000); // NOLINT(performance-no-int-to-ptr)
     failed_address = reinterpret_cast<void *>(-1); // NOLINT(performance-no-int-to-ptr)
     std::signal(SIGXFSZ, SIG_IGN);
+    const std::string take = HELD[0], give = HELD[2], again = "! | error getting semaphore.";
     const rlimit limits[] = {{4096, RLIM_INFINITY}, {RLIM_INFINITY, RLIM_INFINITY}};
     setrlimit(RLIMIT_FSIZE, &limits[0]);
     check({
-        {{}, {}, CALL(new_lock()), "1 0 0 1", {"lock 4321", "unlock 4321"}, ""},
+        {CALL(new_lock()), "1 0 0 1", {"lock 4321", "unlock 4321"}},
         {{}, {"SETALL"}, CALL(new_lock()), "0 -1 -1 -1", {}, "! | SETALL failed (12)"},
-        {{}, {}, CALL(sem_put(-1)), -1, {}, ""},
-        {{}, {}, CALL(interrupted("semop")), 0, {HELD[0], HELD[0], HELD[0], HELD[2]}, "! | error getting semaphore.\n! | error getting semaphore."},
-        {{}, {}, CALL(interrupted("unlock")), 0, {HELD[0], HELD[2], HELD[2]}, "! | error releasing semaphore."},
-        {{}, {"shmat"}, CALL(getEventQueue() == failed_address), 1, {HELD[1]}, ""}, // only null is none
-        {{}, {"shmdt"}, CALL_AS(putEventQueue, (putEventQueue(nullptr), putEventQueue(elsewhere), 0)), 0, {},
-            "shmdt fail ptQueue[0x1000] ret[-1] errno[12][Cannot allocate memory]"},
-        {{}, {}, CALL_AS(cfg_enqueueEvent, on(ring(0, 0, 0), cfg_enqueueEvent, 2)), "0 0 1 1 0=2@1700000000 saved in part", HELD,
+        {CALL(sem_put(-1)), -1},
+        {CALL(interrupted("semop")), 0, {take, take, take, give}, again + "\n" + again},
+        {CALL(interrupted("unlock")), 0, {take, give, give}, "! | error releasing semaphore."},
+        {{}, {"shmat"}, CALL(getEventQueue() == failed_address), 1, {HELD[1]}}, // only null is none
+        {{}, {"shmdt"}, CALL_AS(putEventQueue, (putEventQueue(nullptr), putEventQueue(elsewhere), 0)), 0,
+            {}, "shmdt fail ptQueue[0x1000] ret[-1] errno[12][Cannot allocate memory]"},
+        {ON(ring(0, 0, 0), cfg_enqueueEvent, 2), "0 0 1 1 0=2@1700000000 saved in part", HELD,
             "[saveEventQueue #] dwWrite[4096] != dwSize[4108]\nsaveEventQueue fail"},
     });
     setrlimit(RLIMIT_FSIZE, &limits[1]);

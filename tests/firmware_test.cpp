@@ -81,29 +81,29 @@ TEST_F(FirmwareTest, ImagesAndWhatIsWrongWithThem)
     const auto bad_image = [](const std::string &text) { return "[checkImageChecksum #] " + text + "\ncfg_checkImageChecksum fail"; };
     const std::string seek = "fseek fail, errno[5][Input/output error]", no_match = "image checksum";
     const Calls board = {"popen board boardid"};
-    const std::map<std::string, std::string> id = {{"$ board boardid", "xq7h0c\n"}};
+    const Given id = {{"$ board boardid", "xq7h0c\n"}};
     check({
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image)), 0, board, ""},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, size)), 0, board, ""},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, UINT32_MAX)), 0, board, ""},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(flipped(part, 800), 100)), 0, board, ""}, // behind the limit
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, size - 1)), -1, board, bad_image(unequal(no_match, body.substr(0, size - 65), stored))},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(changed)), -1, board, bad_image(unequal(no_match, changed.substr(HEADER), stored))},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(bad_header)), -1, board,
+        {id, CALL_AS(cfg_checkFirmware, checked(image)), 0, board},
+        {id, CALL_AS(cfg_checkFirmware, checked(image, size)), 0, board},
+        {id, CALL_AS(cfg_checkFirmware, checked(image, UINT32_MAX)), 0, board},
+        {id, CALL_AS(cfg_checkFirmware, checked(flipped(part, 800), 100)), 0, board}, // behind the limit
+        {id, CALL_AS(cfg_checkFirmware, checked(image, size - 1)), -1, board, bad_image(unequal(no_match, body.substr(0, size - 65), stored))},
+        {id, CALL_AS(cfg_checkFirmware, checked(changed)), -1, board, bad_image(unequal(no_match, changed.substr(HEADER), stored))},
+        {id, CALL_AS(cfg_checkFirmware, checked(bad_header)), -1, board,
             "[cfg_checkHeaderChecksum #] " + unequal("header checksum", zero, 0x12ab) + "\ncfg_checkHeaderChecksum fail"},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(with(bad_header, 32, 0))), -1, board,
+        {id, CALL_AS(cfg_checkFirmware, checked(with(bad_header, 32, 0))), -1, board,
             "[getBoardIdMask #] model[xq7] not found\n[cfg_checkBoardId #] image mask[0] not valid for [0xc]\ncfg_checkBoardId fail"},
-        {{}, {}, CALL_AS(cfg_checkFirmware, checked(image.substr(0, 63))), -1, {}, "fread fail"},
-        {{}, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 0)), -1, {}, seek},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 1)), -1, board, bad_image(seek)},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 2)), -1, board, bad_image(seek)},
-        {{}, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 0)), -1, {}, "fread fail"},
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(changed, 0, 1)), -1, board, bad_image("stream error")}, // zeros, and no bytes
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 12)), -1, board, bad_image("stream error")}, // at the end of the file
-        {id, {}, CALL_AS(cfg_checkFirmware, checked(image, 0, 13)), 0, board, ""},
-        {{}, {}, CALL(cfg_checkFirmware(nullptr, 0)), -1, {}, "invalid fp"},
-        {{}, {}, CALL(cfg_checkBoardId(nullptr)), -1, {}, "invalid pbHeader"},
-        {{}, {}, CALL(cfg_checkHeaderChecksum(nullptr)), -1, {}, "invalid pbHeader"},
+        {CALL_AS(cfg_checkFirmware, checked(image.substr(0, 63))), -1, {}, "fread fail"},
+        {CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 0)), -1, {}, seek},
+        {id, CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 1)), -1, board, bad_image(seek)},
+        {id, CALL_AS(cfg_checkFirmware, checked(image, 0, 99, 2)), -1, board, bad_image(seek)},
+        {CALL_AS(cfg_checkFirmware, checked(image, 0, 0)), -1, {}, "fread fail"},
+        {id, CALL_AS(cfg_checkFirmware, checked(changed, 0, 1)), -1, board, bad_image("stream error")}, // zeros, and no bytes
+        {id, CALL_AS(cfg_checkFirmware, checked(image, 0, 12)), -1, board, bad_image("stream error")}, // at the end of the file
+        {id, CALL_AS(cfg_checkFirmware, checked(image, 0, 13)), 0, board},
+        {CALL(cfg_checkFirmware(nullptr, 0)), -1, {}, "invalid fp"},
+        {CALL(cfg_checkBoardId(nullptr)), -1, {}, "invalid pbHeader"},
+        {CALL(cfg_checkHeaderChecksum(nullptr)), -1, {}, "invalid pbHeader"},
     });
 }
 
@@ -115,26 +115,26 @@ static int fits(const std::string &board)
 
 TEST_F(FirmwareTest, BoardsMatchByModelAndMask)
 {
-    const auto on = [](const std::string &board) { return std::map<std::string, std::string>{{"$ board boardid", board}}; };
+    const auto on = [](const std::string &board) { return Given{{"$ board boardid", board}}; };
     const std::string no_form = "[getBoardIdMask #] invalid board format\n", too_long = "[getBoardIdMask #] dwBufSize[16] not enough\n";
     const Calls asked = {"popen board boardid"};
     check({
-        {on("xq7h02"), {}, CALL_AS(cfg_checkBoardId, fits("xq7h03")), 0, asked, ""},
-        {on("xq7h04"), {}, CALL_AS(cfg_checkBoardId, fits("xq7h03")), -1, asked, "image mask[0x3] not valid for [0x4]"},
-        {on("MODELNAME1H08"), {}, CALL_AS(cfg_checkBoardId, fits("modelname1h0c")), 0, asked, ""},
-        {on("modelname1h08"), {}, CALL_AS(cfg_checkBoardId, fits("MODELNAME1H0C")), 0, asked, ""},
-        {on("xq7h80000000"), {}, CALL_AS(cfg_checkBoardId, fits("xq7hffffffff")), 0, asked, ""},
-        {on("habch02"), {}, CALL_AS(cfg_checkBoardId, fits("habch03")), 0, asked, ""}, // begins with the letter
-        {on("habch02"), {}, CALL_AS(cfg_checkBoardId, fits("habch01")), -1, asked, "image mask[0x1] not valid for [0x2]"},
-        {on("abchh12"), {}, CALL_AS(cfg_checkBoardId, fits("abchh12")), -1, asked, "image mask[0] not valid for [0]"},
-        {on("xq7"), {}, CALL_AS(cfg_checkBoardId, fits("xq8h0c")), -1, asked,
+        {on("xq7h02"), CALL_AS(cfg_checkBoardId, fits("xq7h03")), 0, asked},
+        {on("xq7h04"), CALL_AS(cfg_checkBoardId, fits("xq7h03")), -1, asked, "image mask[0x3] not valid for [0x4]"},
+        {on("MODELNAME1H08"), CALL_AS(cfg_checkBoardId, fits("modelname1h0c")), 0, asked},
+        {on("modelname1h08"), CALL_AS(cfg_checkBoardId, fits("MODELNAME1H0C")), 0, asked},
+        {on("xq7h80000000"), CALL_AS(cfg_checkBoardId, fits("xq7hffffffff")), 0, asked},
+        {on("habch02"), CALL_AS(cfg_checkBoardId, fits("habch03")), 0, asked}, // begins with the letter
+        {on("habch02"), CALL_AS(cfg_checkBoardId, fits("habch01")), -1, asked, "image mask[0x1] not valid for [0x2]"},
+        {on("abchh12"), CALL_AS(cfg_checkBoardId, fits("abchh12")), -1, asked, "image mask[0] not valid for [0]"},
+        {on("xq7"), CALL_AS(cfg_checkBoardId, fits("xq8h0c")), -1, asked,
             "[getBoardIdMask #] model[xq7] not found\n" + no_form + "image mask[0] not valid for [0]"},
         // Both fill the field; what follows it in the header is not the image's.
-        {on("modelname01h0010"), {}, CALL_AS(cfg_checkBoardId, fits("modelname01h0100ffff")), -1, asked, "image mask[0x100] not valid for [0x10]"},
-        {on("sixteenletters16"), {}, CALL_AS(cfg_checkBoardId, fits("sixteenletters16")), -1, asked,
+        {on("modelname01h0010"), CALL_AS(cfg_checkBoardId, fits("modelname01h0100ffff")), -1, asked, "image mask[0x100] not valid for [0x10]"},
+        {on("sixteenletters16"), CALL_AS(cfg_checkBoardId, fits("sixteenletters16")), -1, asked,
             too_long + too_long + "image mask[0] not valid for [0]"},
-        {on("\n"), {}, CALL_AS(cfg_checkBoardId, fits("xq7h0c")), -1, asked, "no board id found"},
-        {on(""), {}, CALL_AS(cfg_checkBoardId, fits("xq7h0c")), -1, asked,
+        {on("\n"), CALL_AS(cfg_checkBoardId, fits("xq7h0c")), -1, asked, "no board id found"},
+        {on(""), CALL_AS(cfg_checkBoardId, fits("xq7h0c")), -1, asked,
             "[cfg_getBoardInfo #] fgets fail, errno[0][Success]\ncfg_getBoardInfo fail"},
     });
 }

@@ -19,7 +19,6 @@ extern "C" int sysinfo(struct sysinfo *info)
 }
 
 using LinkTest = LibraryTest;
-using Given = std::map<std::string, std::string>;
 
 // clang-format off
 static std::string start_at(long seconds)

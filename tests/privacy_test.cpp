@@ -11,7 +11,7 @@ static const Calls LOCK = {"lock def1"}, UNLOCK = {"unlock def1"};
 // clang-format off
 
 // A mode stored, and what a camera with both lamps has besides.
-static std::map<std::string, std::string> mode(const std::string &stored, const std::string &pictures)
+static Given mode(const std::string &stored, const std::string &pictures)
 {
     return {{"orb_privacy_mode_enable", stored}, {"continus_take_pic", pictures},
         {"io_ir_enable", "1"}, {"wled_mode", "2"}, {"rlamp_mode", "1"}, {"$ board hwver", "50"}};
@@ -40,22 +40,22 @@ TEST_F(PrivacyTest, EnteringAndLeaving)
     const std::string pictures = "continus_take_pic 16", state = "orb_privacy_mode_enable 32";
     const Calls more = {"system killall -37 capture", "system killall -41 eventd"}, less = {"system killall -35 ctrl_sched"};
     check({
-        {mode("0", "7"), {}, CALL(cfg_set_privacy(1)), 0, LOCK + entered("1") + more + UNLOCK, "", {state, pictures}},
-        {mode("0", "on"), {}, CALL(cfg_set_privacy(2)), 0, LOCK + entered("2") + UNLOCK, ""},
-        {mode("2", "-1"), {}, CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + entered("-1") + more + UNLOCK, ""},
-        {mode("0", "1"), {"get continus_take_pic"}, CALL(cfg_set_privacy(1)), 0, LOCK + entered("1") + UNLOCK, ""},
-        {mode("9999999999", "0"), {}, CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + entered("-1") + UNLOCK, ""},
-        {mode("1", "1"), {}, CALL(cfg_set_privacy(0)), 0, LOCK + left() + less + UNLOCK, "",
+        {mode("0", "7"), CALL(cfg_set_privacy(1)), 0, LOCK + entered("1") + more + UNLOCK, "", {state, pictures}},
+        {mode("0", "on"), CALL(cfg_set_privacy(2)), 0, LOCK + entered("2") + UNLOCK},
+        {mode("2", "-1"), CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + entered("-1") + more + UNLOCK},
+        {mode("0", "1"), {"get continus_take_pic"}, CALL(cfg_set_privacy(1)), 0, LOCK + entered("1") + UNLOCK},
+        {mode("9999999999", "0"), CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + entered("-1") + UNLOCK},
+        {mode("1", "1"), CALL(cfg_set_privacy(0)), 0, LOCK + left() + less + UNLOCK, "",
             {state, "io_ir_enable 256", "wled_mode 256", "rlamp_mode 256", pictures}},
-        {mode("1", ""), {}, CALL(cfg_set_privacy(0)), 0, LOCK + left() + UNLOCK, ""},
+        {mode("1", ""), CALL(cfg_set_privacy(0)), 0, LOCK + left() + UNLOCK},
         // The same number changes nothing.
-        {mode("1", "1"), {}, CALL(cfg_set_privacy(1)), 0, LOCK + UNLOCK, "", {state}},
-        {mode("2", "1"), {}, CALL(cfg_set_privacy(2)), 0, LOCK + UNLOCK, ""},
-        {mode("-1", "1"), {}, CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + UNLOCK, ""},
-        {mode("off", "1"), {}, CALL(cfg_set_privacy(0)), 0, LOCK + UNLOCK, ""},
-        {mode("1", "1"), {"get orb_privacy_mode_enable"}, CALL(cfg_set_privacy(0)), 0, LOCK + UNLOCK, ""},
-        {mode("12", "1"), {}, CALL(cfg_isPrivacyMode()), 1, {}, "", {"orb_privacy_mode_enable 2"}},
-        {mode("on", "1"), {}, CALL(cfg_isPrivacyMode()), 0, {}, ""},
+        {mode("1", "1"), CALL(cfg_set_privacy(1)), 0, LOCK + UNLOCK, "", {state}},
+        {mode("2", "1"), CALL(cfg_set_privacy(2)), 0, LOCK + UNLOCK},
+        {mode("-1", "1"), CALL(cfg_set_privacy(UINT32_MAX)), 0, LOCK + UNLOCK},
+        {mode("off", "1"), CALL(cfg_set_privacy(0)), 0, LOCK + UNLOCK},
+        {mode("1", "1"), {"get orb_privacy_mode_enable"}, CALL(cfg_set_privacy(0)), 0, LOCK + UNLOCK},
+        {mode("12", "1"), CALL(cfg_isPrivacyMode()), 1, {}, "", {"orb_privacy_mode_enable 2"}},
+        {mode("on", "1"), CALL(cfg_isPrivacyMode()), 0},
     });
 }
 

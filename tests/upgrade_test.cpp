@@ -44,46 +44,46 @@ static std::string firmware(uint32_t size = 64)
     return into(cfg_verifyDownloadedFw, size);
 }
 
-static std::string speech(uint32_t size = 16)
-{
-    return into(cfg_verifyDownloadedSpeech, size);
-}
+#define SPEECH(size) CALL_AS(cfg_verifyDownloadedSpeech, into(cfg_verifyDownloadedSpeech, size))
 
 TEST_F(UpgradeTest, Downloads)
 {
-    const std::string DAT = "/mnt/sdcard/upgrade/upgrade.dat", BIN = "/mnt/sdcard/upgrade/upgrade.bin", longest = "v5.1.0 " + std::string(56, 'x');
-    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech", version = "speech_version", language = "lang_name";
-    const std::string digits = "123456789012345", letters = "abcdefghijklmno", gone = "sTarPath have be remove. To sure really tar finished ";
-    const std::string none = "[cfg_verifyDownloadedSpeech #]Can not get  SPEECH_VERSION\n", again = "download ok but tar is fail, Need again";
+    const std::string DAT = "/mnt/sdcard/upgrade/upgrade.dat", BIN = "/mnt/sdcard/upgrade/upgrade.bin";
+    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech", longest = "v5.1.0 " + std::string(56, 'x');
+    const std::string version = "speech_version", language = "lang_name", digits = "123456789012345", letters = "abcdefghijklmno";
+    const std::string gone = "sTarPath have be remove. To sure really tar finished ";
+    const std::string again = "download ok but tar is fail, Need again";
+    const std::string tar = folder + "EN/speech/speech12_EN.tar";
+    const auto has = [&](const std::string &stored, const std::string &name, const std::string &file = "/tmp/1",
+                         const std::string &other = "/tmp/2") {
+        return Given{{version, stored}, {language, name}, {file, ""}, {other, ""}};
+    };
     const Calls both = {"removed " + BIN, "removed " + DAT}, read = {"speech_version 16", "lang_name 16"};
     check({
-        {{{DAT, "v5.1.0\n"}, {BIN, ""}},            {}, CALL(firmware()),  "0 v5.1.0|", {}, ""},
-        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(firmware(4)), "0 v5.|", {}, ""},
-        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(firmware(0)), "0 ", {}, ""},
-        {{{DAT, "v5.1.0"}, {BIN, ""}},              {}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), 0, {}, ""},
-        {{{DAT, "v5.1.0 \r\nv1.0.0\n"}, {BIN, ""}}, {}, CALL(firmware()),  "0 v5.1.0 \r|", {}, ""},
-        {{{DAT, longest + "yz\n"}, {BIN, ""}},      {}, CALL(firmware(99)), "0 " + longest + "|", {}, ""},
-        {{{DAT, "v5.1.0\n"}},                       {}, CALL(firmware()),  "-1 |", {"removed " + DAT}, ""},
-        {{{BIN, ""}},                               {}, CALL(firmware()),  "-1 |", {"removed " + BIN}, ""},
-        {{{DAT, "v5.0.44\n"}, {BIN, ""}},           {}, CALL(firmware()),  "-1 |", both, ""},
-        {{{DAT, "\nv5.1.0\n"}, {BIN, ""}},          {}, CALL(firmware(1)), "-1 |", both, ""},
-        {{{DAT, ""}, {BIN, ""}},                    {}, CALL(firmware(0)), "-1 ", both, ""},
-        {{},                                        {}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), -1, {}, ""},
+        {{{DAT, "v5.1.0\n"}, {BIN, ""}}, CALL(firmware()), "0 v5.1.0|"},
+        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(firmware(4)), "0 v5.|"},
+        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(firmware(0)), "0 "},
+        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), 0},
+        {{{DAT, "v5.1.0 \r\nv1.0.0\n"}, {BIN, ""}}, CALL(firmware()), "0 v5.1.0 \r|"},
+        {{{DAT, longest + "yz\n"}, {BIN, ""}}, CALL(firmware(99)), "0 " + longest + "|"},
+        {{{DAT, "v5.1.0\n"}}, CALL(firmware()), "-1 |", {"removed " + DAT}},
+        {{{BIN, ""}}, CALL(firmware()), "-1 |", {"removed " + BIN}},
+        {{{DAT, "v5.0.44\n"}, {BIN, ""}}, CALL(firmware()), "-1 |", both},
+        {{{DAT, "\nv5.1.0\n"}, {BIN, ""}}, CALL(firmware(1)), "-1 |", both},
+        {{{DAT, ""}, {BIN, ""}}, CALL(firmware(0)), "-1 ", both},
+        {CALL(cfg_verifyDownloadedFw(nullptr, 9)), -1},
 
-        {{{version, "12"}, {language, "EN"}},       {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 EN|", {}, "", read},
-        {{{version, "12"}, {language, "EN"}, {download + "12_EN.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech(2)), "-1 E|", {}, gone},
-        {{{version, "12"}, {language, "EN"}, {download + "12_EN.tgz", ""}, {folder + "EN/speech/speech12_EN.tar", ""}}, {},
-         CALL_AS(cfg_verifyDownloadedSpeech, speech(1)), "0 |", {}, again},
-        {{{version, "3"}, {language, ""}, {download + "3_EN.tgz", ""}, {folder + "EN/speech/speech12_EN.tar", ""}}, {},
-         CALL_AS(cfg_verifyDownloadedSpeech, speech(0)), "-1 ", {}, gone},
-        {{{version, "3"}, {language, "de"}, {download + "3_EN.tgz", ""}}, {}, CALL(cfg_verifyDownloadedSpeech(nullptr, 9)), 0, {}, ""},
-        {{{version, ""}, {language, "de"}, {download + "_de.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "-1 de|", {},
-         none + gone},
-        {{{language, "de"}, {download + "_de.tgz", ""}}, {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "-1 de|", {}, gone, read},
-        {{{version, "12"}, {download + "12_.tgz", ""}},  {}, CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 |", {}, ""},
-        {{{version, digits}, {language, letters}, {download + digits + "_" + letters + ".tgz", ""},
-          {folder + letters + "/speech/speech" + digits + "_" + letters + ".tar", ""}}, {},
-         CALL_AS(cfg_verifyDownloadedSpeech, speech()), "0 " + letters + "|", {}, again},
+        {has("12", "EN"), SPEECH(16), "0 EN|", {}, "", read},
+        {has("12", "EN", download + "12_EN.tgz"), SPEECH(2), "-1 E|", {}, gone},
+        {has("12", "EN", download + "12_EN.tgz", tar), SPEECH(1), "0 |", {}, again},
+        {has("3", "", download + "3_EN.tgz", tar), SPEECH(0), "-1 ", {}, gone},
+        {has("3", "de", download + "3_EN.tgz"), CALL(cfg_verifyDownloadedSpeech(nullptr, 9)), 0},
+        {has("", "de", download + "_de.tgz"), SPEECH(16), "-1 de|", {},
+            "[cfg_verifyDownloadedSpeech #]Can not get  SPEECH_VERSION\n" + gone},
+        {{{language, "de"}, {download + "_de.tgz", ""}}, SPEECH(16), "-1 de|", {}, gone, read},
+        {{{version, "12"}, {download + "12_.tgz", ""}}, SPEECH(16), "0 |"},
+        {has(digits, letters, download + digits + "_" + letters + ".tgz",
+             folder + letters + "/speech/speech" + digits + "_" + letters + ".tar"), SPEECH(16), "0 " + letters + "|", {}, again},
     });
 }
 
@@ -98,20 +98,21 @@ static int playing_in_2040()
 TEST_F(UpgradeTest, MusicPlaysWhileItsMarkerHoldsSomething)
 {
     check({
-        {{}, {}, CALL(cfg_isPlayingMusic()), -1, {}, ""},
-        {{{"/tmp/play_status", ""}}, {}, CALL(cfg_isPlayingMusic()), -1, {}, ""},
-        {{{"/tmp/play_status", "1"}}, {}, CALL(cfg_isPlayingMusic()), 0, {}, ""},
-        {{{"/tmp/play_status", "1"}}, {}, CALL(playing_in_2040()), 0, {}, ""},
+        {CALL(cfg_isPlayingMusic()), -1},
+        {{{"/tmp/play_status", ""}}, CALL(cfg_isPlayingMusic()), -1},
+        {{{"/tmp/play_status", "1"}}, CALL(cfg_isPlayingMusic()), 0},
+        {{{"/tmp/play_status", "1"}}, CALL(playing_in_2040()), 0},
     });
 }
 
 TEST_F(UpgradeTest, Processes)
 {
-    const std::string LIST = "ps | awk '{ print $1 }'", PARENTS = "ps -l | awk '{ print $4}'", WIFI = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'";
-    const std::string self = word(getpid()), blanks(27, ' '), zeros(29, '0'), failed = "popen fail errno[12][Cannot allocate memory]";
-    const std::string wait = "popen " + PARENTS, left = "left open " + WIFI;
-    const Calls begin = {"system killall watchdog; disable_watchdog", "system echo \"\" > /proc/sys/kernel/hotplug", "popen " + LIST, "popen " + WIFI};
-    const auto then = [&](Calls more) { return more.insert(more.begin(), begin.begin(), begin.end()), more; };
+    const std::string LIST = "ps | awk '{ print $1 }'", PARENTS = "ps -l | awk '{ print $4}'";
+    const std::string WIFI = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'", left = "left open " + WIFI, wait = "popen " + PARENTS;
+    const std::string self = word(getpid()), blanks(27, ' '), zeros(29, '0'), term = "! | send SIGTERM to pid ";
+    const std::string failed = "popen fail errno[12][Cannot allocate memory]";
+    const Calls begin = {"system killall watchdog; disable_watchdog", "system echo \"\" > /proc/sys/kernel/hotplug",
+                         "popen " + LIST, "popen " + WIFI};
     Calls twenty;
     std::string reports = "iPidRTW = 0", failures = reports;
     for (int attempt = 1; attempt <= 20; attempt++) {
@@ -119,26 +120,27 @@ TEST_F(UpgradeTest, Processes)
         reports += "\ndwCount: 3\nretry: " + word(attempt);
         failures += "\n" + failed + "\nretry: " + word(attempt);
     }
+    const auto ps = [&](const std::string &list, const std::string &wifi, const std::string &parents) {
+        return Given{{"$ " + LIST, list}, {"$ " + WIFI, wifi}, {"$ " + PARENTS, parents}};
+    };
+    const Call kill = CALL(cfg_killProcess());
     check({
-        {{{"$ " + LIST, "PID\n1\n44\n" + self + "\n77\n 5\n-5\n0\n88x9\n7" + blanks + "   99\n0001\n32767"}, {"$ " + WIFI, "77\n44\n"},
-          {"$ " + PARENTS, "PPID\n1\n01 x\n10\n11\n 1\n0\n2\n"}}, {}, CALL(cfg_killProcess()), 0,
-         then({"kill 44 15", "kill 88 15", "kill 7 15", "kill 99 15", "kill 32767 15", wait, left}),
-         "iPidRTW = 77\ndwCount: 2\n! | send SIGTERM to pid 44\n! | send SIGTERM to pid 88\n! | send SIGTERM to pid 7\n"
-         "! | send SIGTERM to pid 99\n! | send SIGTERM to pid 32767"},
-        {{{"$ " + LIST, "77\n778"}, {"$ " + WIFI, zeros + "778"}, {"$ " + PARENTS, ""}}, {}, CALL(cfg_killProcess()), 0,
-         then({"kill 778 15", wait, left}), "iPidRTW = 77\ndwCount: 0\n! | send SIGTERM to pid 778"},
-        {{{"$ " + LIST, ""}, {"$ " + PARENTS, "1\n1\n1\n"}}, {"popen " + WIFI}, CALL(cfg_killProcess()), 0, then(twenty), reports},
-
-        {{{"$ " + WIFI, "50"}}, {"popen " + LIST}, CALL(cfg_killProcess()), -1, then({left}), "iPidRTW = 50\n" + failed},
-        {{}, {"popen " + LIST, "popen " + WIFI}, CALL(cfg_killProcess()), -1, begin, "iPidRTW = 0\n" + failed},
-        {{{"$ " + LIST, "50\n"}, {"$ " + PARENTS, "1\n"}}, {"popen " + WIFI}, CALL(cfg_killProcess()), 0,
-         then({"kill 50 15", wait}), "iPidRTW = 0\ndwCount: 1\n! | send SIGTERM to pid 50"},
-        {{{"$ " + LIST, ""}}, {"popen " + WIFI, wait}, CALL(cfg_killProcess()), 0, then(twenty), failures},
+        {ps("PID\n1\n44\n" + self + "\n77\n 5\n-5\n0\n88x9\n7" + blanks + "   99\n0001\n32767", "77\n44\n",
+            "PPID\n1\n01 x\n10\n11\n 1\n0\n2\n"), kill, 0,
+            begin + Calls{"kill 44 15", "kill 88 15", "kill 7 15", "kill 99 15", "kill 32767 15", wait, left},
+            "iPidRTW = 77\ndwCount: 2\n" + term + "44\n" + term + "88\n" + term + "7\n" + term + "99\n" + term + "32767"},
+        {ps("77\n778", zeros + "778", ""), kill, 0, begin + Calls{"kill 778 15", wait, left},
+            "iPidRTW = 77\ndwCount: 0\n" + term + "778"},
+        {ps("", "", "1\n1\n1\n"), {"popen " + WIFI}, kill, 0, begin + twenty, reports},
+        {ps("", "50", ""), {"popen " + LIST}, kill, -1, begin + Calls{left}, "iPidRTW = 50\n" + failed},
+        {{}, {"popen " + LIST, "popen " + WIFI}, kill, -1, begin, "iPidRTW = 0\n" + failed},
+        {ps("50\n", "", "1\n"), {"popen " + WIFI}, kill, 0, begin + Calls{"kill 50 15", wait},
+            "iPidRTW = 0\ndwCount: 1\n" + term + "50"},
+        {ps("", "", ""), {"popen " + WIFI, wait}, kill, 0, begin + twenty, failures},
     });
     on_sleep = [=] { answers[PARENTS].erase(0, puts("asleep") >= 0 ? 2 : 0); }; // one more has ended
     check({
-        {{{"$ " + LIST, ""}, {"$ " + WIFI, ""}, {"$ " + PARENTS, "1\n1\n1\n1\n"}}, {}, CALL(cfg_killProcess()), 0,
-         then({wait, "sleep 1", wait, "sleep 1", wait, left}),
-         "iPidRTW = 0\ndwCount: 4\n| asleep\nretry: 1\ndwCount: 3\n| asleep\nretry: 2\ndwCount: 2"},
+        {ps("", "", "1\n1\n1\n1\n"), kill, 0, begin + Calls{wait, "sleep 1", wait, "sleep 1", wait, left},
+            "iPidRTW = 0\ndwCount: 4\n| asleep\nretry: 1\ndwCount: 3\n| asleep\nretry: 2\ndwCount: 2"},
     });
 }
