@@ -220,6 +220,8 @@ try {
     const auto found = settings->find(key);
     if (found == settings->end())
         return -1;
+    if (found->second.size() >= size && access(desk::STORE_REFUSES, F_OK) == 0)
+        return -1;
     const size_t length = std::min<size_t>(found->second.size(), size - 1);
     std::memcpy(buffer, found->second.data(), length);
     buffer[length] = '\0';

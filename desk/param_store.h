@@ -6,7 +6,8 @@
 // once; the saved copy is in flash. The first use after a start makes the working
 // copy from the saved one, or from the firmware's defaults when nothing was ever
 // saved. Writers hold a file lock. Readers need none, because a copy is only ever
-// replaced whole.
+// replaced whole. A value that the reader's buffer cannot hold is cut or, if there
+// is the file STORE_REFUSES, refused.
 #pragma once
 
 #include <map>
@@ -20,6 +21,7 @@ constexpr const char *STORE_DEFAULTS = "/etc_ro/param.default";
 constexpr const char *STORE_SAVED = "/flash/param";
 constexpr const char *STORE_WORKING = "/var/run/param";
 constexpr const char *STORE_LOCK = "/var/run/param.lock";
+constexpr const char *STORE_REFUSES = "/etc/desk/store.refuses";
 
 using Settings = std::map<std::string, std::string>;
 

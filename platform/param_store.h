@@ -5,6 +5,9 @@
  * All return 0 for success and non-zero for failure. They are called from
  * several processes at once: the store keeps its own reads and writes
  * consistent.
+ *
+ * A value has at most 511 characters (an alarm clock's; all others at most 255),
+ * a key at most 25, both any bytes but 0. The store keeps them as they are.
  */
 #ifndef CFG_SET_PLATFORM_PARAM_STORE_H
 #define CFG_SET_PLATFORM_PARAM_STORE_H
@@ -16,8 +19,9 @@ extern "C" {
 /*
  * Puts the value of `key` into `buffer`, always terminated within its `size`
  * bytes. Non-zero when the value cannot be read, an absent key included: the
- * buffer is then left as it was. What becomes of a value that does not fit is
- * the store's affair; cfg_set relies on the terminator alone.
+ * buffer is then left as it was. The store may cut a value that does not fit, or
+ * fail: the buffers of cfg_set hold what a setting may be and take a longer value for
+ * cut or absent, and cfgctl asks again with a larger one.
  */
 int param_get(const char *key, char *buffer, unsigned int size);
 

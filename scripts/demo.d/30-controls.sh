@@ -31,6 +31,6 @@ step "A lamp is asked for a mode that is not stored for it." cfgctl lamp rlamp 3
 so "it did not take the mode, and cfgctl says so" "reported cfgctl: rlamp did not take mode 3"
 
 step "A developer looks at the messages in the daemons' place, while the app posts one." sh -c \
-    'cfgctl monitor --count 1 & sleep 0.2; cfgctl rec 9 hello; wait'
+    'cfgctl monitor --count 1 | cut -b 14- & sleep 0.2; cfgctl rec 9 hello; wait'
 so "the daemons stepped aside for the monitor" \
     'printed type 7 command 9 value 0 param "hello": recording'

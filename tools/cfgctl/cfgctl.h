@@ -16,12 +16,19 @@ enum Exit { OK = 0, NOT_FOUND = 1, USAGE = 2, STORE_FAILED = 3, APPLY_FAILED = 4
 
 using Json = nlohmann::ordered_json;
 
+// The whole text as a decimal number; as that or the minutes of HH:MM.
+std::optional<int64_t> number(const std::string &text);
+std::optional<int64_t> minutes(const std::string &text);
+
+// The number as JSON, null when the text is none.
+Json number_or_null(const std::string &text);
+
 // One call as the command line gave it, and what it leaves to be printed.
 struct Call {
     const Action *action = nullptr;
-    std::vector<std::string> words;       // checked
-    unsigned options = 0;                 // those given
-    std::map<unsigned, uint32_t> numbers; // of options that take one
+    std::vector<std::string> words;         // checked
+    unsigned options = 0;                   // those given
+    std::map<unsigned, std::string> values; // of options that take one, checked
 
     Exit status = OK;
     Json data;                       // the answer; null when something was done instead
@@ -36,7 +43,7 @@ struct Call {
     }
     [[nodiscard]] uint32_t option(unsigned option) const
     {
-        return has(option) ? numbers.at(option) : 0;
+        return has(option) ? static_cast<uint32_t>(*number(values.at(option))) : 0;
     }
     void answer(Json json, const std::string &for_people)
     {
@@ -74,12 +81,12 @@ std::string nearest(const std::string &word, const std::vector<std::string> &kno
 const Action *find_action(const std::string &verb, const std::string &name);
 const Setting *find_setting(const std::string &key);
 
-// Ends with USAGE unless the text is what the word takes.
-void check(const Word &word, const std::string &text);
+// What is wrong with the text, behind the word's name; empty when it is what the
+// word takes. Whatever is stored or was is judged by this.
+std::string fault_of(const Word &word, const std::string &text);
 
-// The whole text as a decimal number; as that or the minutes of HH:MM.
-std::optional<int64_t> number(const std::string &text);
-std::optional<int64_t> minutes(const std::string &text);
+// Ends with USAGE when there is a fault.
+void check(const Word &word, const std::string &text);
 
 std::string lower(std::string text);
 
@@ -89,8 +96,16 @@ std::vector<std::string> split(const std::string &text, char separator);
 // All that can still be read of a file.
 std::string rest_of(FILE *file);
 
+bool is_secret(const Word &word);
+
 // What stands for a secret that is not shown.
 constexpr const char *HIDDEN = "***";
+
+// The next line of standard input; false at its end.
+bool read_line(std::string &line);
+
+// The same, which has to be there.
+std::string line_of_input();
 
 // The first line of a file, empty when it cannot be read.
 std::string first_line(const std::string &path);

@@ -6,7 +6,10 @@
 #include "cfg_set.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace cfgctl
 {
@@ -15,6 +18,11 @@ static void tell(Call &call, bool on)
 {
     call.answer({{"on", on}}, on ? "on" : "off");
     call.status = on ? OK : NOT_FOUND;
+}
+
+static bool is_readable(const std::string &path)
+{
+    return access(path.c_str(), R_OK) == 0;
 }
 
 void privacy(Call &call)
@@ -64,12 +72,19 @@ void probe(Call &call)
 
 void prompt(Call &call)
 {
-    if (voice_prompt(call.words[0].c_str()) < 0)
+    const std::string &name = call.words[0];
+    const std::string language = stored("lang_name").value_or("");
+    if (!is_readable("/mnt/sdcard/morvenix/" + language + "/speech/" + name) &&
+        !is_readable("/localization/" + language + "/" + name) && !is_readable("/audio/" + name))
+        fail(APPLY_FAILED, "there is no prompt " + name);
+    if (voice_prompt(name.c_str()) < 0)
         fail(APPLY_FAILED, "the prompt was not played");
 }
 
 void alert_sound(Call &call)
 {
+    if (!is_readable(call.words[0]))
+        fail(APPLY_FAILED, call.words[0] + ": " + std::strerror(errno));
     if (alert(call.words[0].c_str()) != 0)
         fail(APPLY_FAILED, "the sound was not played, or the speaker not restored");
 }

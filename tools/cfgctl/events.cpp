@@ -40,8 +40,9 @@ void events_list(Call &call)
 void events_add(Call &call)
 {
     const auto type = static_cast<uint32_t>(*number(call.words[0]));
-    if (type > TYPE_MAX)
-        complain("with an event of type " + call.words[0] + " a restart will refuse all events");
+    if (type > TYPE_MAX && !call.has(FORCE))
+        fail(USAGE, "with an event of type " + call.words[0] +
+                        " a restart will refuse all events; --force adds it all the same");
     require(cfg_enqueueEvent(type), "the event was not added");
 }
 

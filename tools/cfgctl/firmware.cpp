@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <sys/stat.h>
 
 namespace cfgctl
 {
@@ -149,8 +150,15 @@ void crc(Call &call)
 {
     const std::string &path = call.words[0];
     const File file = open_file(path, call.option(LIMIT));
+    struct stat status = {};
+    const bool known = stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    const uint32_t skip = call.option(SKIP);
+    const bool cut = call.option(LIMIT) > 0 && call.option(LIMIT) <= skip;
+    if (skip > 0 && (cut || (known && status.st_size <= static_cast<off_t>(skip))))
+        fail(NOT_FOUND,
+             "nothing is left of " + path + " behind " + std::to_string(skip) + " bytes");
     const std::string value =
-        hexadecimal(cfg_getCrc32FromFile(file.get(), call.option(SKIP), call.option(LIMIT)));
+        hexadecimal(cfg_getCrc32FromFile(file.get(), skip, call.option(LIMIT)));
     if (std::ferror(file.get()))
         fail(NOT_FOUND, path + " cannot be read");
     call.answer({{"file", path}, {"crc", value}}, value);

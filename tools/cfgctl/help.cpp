@@ -11,17 +11,6 @@ namespace
 constexpr size_t WIDTH = 80;
 constexpr size_t MEANING = 20; // column of what is said of a word
 
-// Where a word stands: "KEY", "on|off", "user=...", "--count N".
-std::string label(const Word &word)
-{
-    const std::string name = word.name;
-    if (name[0] == '-')
-        return name + (word.kind == NONE ? "" : " N");
-    if (name.back() == '=')
-        return name + (word.choices ? word.choices : "...");
-    return word.choices ? word.choices : name;
-}
-
 // Breaks at blanks. The first line begins with `head`, the others with blanks.
 std::string wrap(std::string head, size_t indent, const std::string &text)
 {
@@ -43,36 +32,20 @@ std::string item(const Word &word)
 {
     std::string head = "      " + label(word) + "  ";
     head.resize(std::max(head.size(), MEANING), ' ');
-    const std::string values = takes(word);
-    return wrap(head, MEANING, word.meaning + (values.empty() ? "" : " (" + values + ")"));
-}
-
-std::string items(const Word *words)
-{
-    std::string text;
-    for (; words->name; words++)
-        text += item(*words);
-    return text;
-}
-
-std::string name_of(const Action &action)
-{
-    return std::string("cfgctl ") + action.verb + (*action.name ? " " : "") + action.name;
+    return wrap(head, MEANING, explanation(word));
 }
 
 // The action's own part of the help.
 std::string part(const Action &action)
 {
-    const bool sets_list = is(action.name, "set");
     std::string text = wrap("", 8, usage(action)) + wrap("    ", 4, action.effect);
-    text += items(action.words);
-    if (sets_list || action.options & FORCE)
-        text += sets_list ? "    The fields of an entry:\n" : "    The keys:\n";
-    if (sets_list)
-        text += items(is(action.verb, "schedule") ? SCHEDULE : ALARM_CLOCK);
-    for (const Setting &setting : SETTINGS)
-        if (action.options & FORCE)
-            text += item(setting.value);
+    for (const Word *word = action.words; word->name; word++)
+        text += item(*word);
+    const Details more = details(action);
+    if (!more.words.empty())
+        text += wrap("    ", 4, more.heading);
+    for (const Word &word : more.words)
+        text += item(word);
     if (*action.exits)
         text += wrap("    Exit status: 0, or ", 4, action.exits);
     return text + "    Example: " + name_of(action) + (*action.example ? " " : "") +
@@ -86,15 +59,56 @@ bool is(const char *text, const std::string &other)
     return other == text;
 }
 
+std::string label(const Word &word)
+{
+    const std::string name = word.name;
+    if (name[0] == '-')
+        return name + (word.kind == NONE ? "" : word.kind == NUMBER ? " N" : " VALUE");
+    if (word.kind == ASSIGNMENT)
+        return name + "...";
+    if (name.back() == '=')
+        return name + (word.choices ? word.choices : "...");
+    return word.choices ? word.choices : name;
+}
+
+std::string explanation(const Word &word)
+{
+    const std::string values = takes(word);
+    return word.meaning + (values.empty() ? "" : " (" + values + ")");
+}
+
+Details details(const Action &action)
+{
+    Details all = {"The fields of an entry:", {}};
+    if (is(action.name, "set"))
+        for (const Word *field = is(action.verb, "schedule") ? SCHEDULE : ALARM_CLOCK; field->name;
+             field++)
+            all.words.push_back(*field);
+    if (!is(action.verb, "set"))
+        return all;
+    all.heading = "The keys:";
+    for (const Setting &setting : SETTINGS)
+        all.words.push_back(setting.value);
+    return all;
+}
+
+std::string name_of(const Action &action)
+{
+    return std::string("cfgctl ") + action.verb + (*action.name ? " " : "") + action.name;
+}
+
 std::string usage(const Action &action)
 {
     std::string line = name_of(action);
     for (unsigned i = 0; i < OPTION_COUNT; i++)
         if (action.options >> i & 1)
             line += " [" + label(OPTIONS[i]) + "]";
-    for (unsigned i = 0; action.words[i].name; i++)
-        line +=
-            i < action.least ? " " + label(action.words[i]) : " [" + label(action.words[i]) + "]";
+    const bool together = (action.options & TOGETHER) != 0;
+    for (unsigned i = 0; action.words[i].name; i++) {
+        const bool opens = i >= action.least && (i == 0 || !together);
+        const bool closes = i >= action.least && (!together || !action.words[i + 1].name);
+        line += (opens ? " [" : " ") + label(action.words[i]) + (closes ? "]" : "");
+    }
     return line;
 }
 
@@ -107,8 +121,15 @@ std::string takes(const Word &word)
         choices.replace(bar, 1, choices.find(" or ") == std::string::npos ? " or " : ", ");
     if (word.kind == NUMBER || word.kind == TIME)
         return "a number from " + least + " to " + most + (word.kind == TIME ? ", or HH:MM" : "");
-    if (word.kind == TEXT || word.kind == SECRET || word.kind == PATH)
-        return (word.least ? least + " to " : "at most ") + most + " characters";
+    if (word.kind == WIFI_KEY)
+        return "none, 5, 13 or 8 to 64 characters";
+    if (word.kind == BSSID)
+        return "a BSSID such as a2:00:5e:00:53:01, no 0 in front";
+    if (word.kind == AREAS)
+        return "six numbers, {A,B}{C,D,E,F}";
+    if (word.kind >= TEXT)
+        return (word.least ? least + " to " : "at most ") + most +
+               (word.kind == SSID ? " bytes" : " characters");
     return choices;
 }
 
@@ -133,11 +154,15 @@ std::string help()
     std::vector<std::vector<std::string>> rows;
     for (const Verb &verb : VERBS)
         rows.push_back({std::string("  ") + verb.name, verb.summary});
-    return "usage: cfgctl [OPTION...] VERB [WORD...]\n\n" + columns(rows) +
-           "\ncfgctl help VERB explains a verb. --json prints JSON everywhere. Standard\n"
-           "output is data only; what the library reports goes to standard error.\n"
-           "Exit status: 0 done, 1 not found or false, 2 wrong usage, 3 not stored,\n"
-           "4 not applied.\n";
+    std::string exits;
+    for (const Verb &status : EXITS)
+        exits += std::string(exits.empty() ? "" : ", ") + status.name + " " + status.summary;
+    return "usage: cfgctl [OPTION...] VERB [WORD...]\n\n" + columns(rows) + "\n" +
+           wrap("", 0,
+                "cfgctl help VERB explains a verb. --json prints JSON, but of help and version. "
+                "Standard output is data only; the library reports on standard error. "
+                "Exit status: " +
+                    exits + ".");
 }
 
 std::string columns(const std::vector<std::vector<std::string>> &rows)

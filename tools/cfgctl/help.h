@@ -11,7 +11,21 @@ namespace cfgctl
 
 bool is(const char *text, const std::string &other);
 
-// "cfgctl VERB ...", as the command line has it.
+// Where a word stands: "KEY", "on|off", "user=...", "--count N".
+std::string label(const Word &word);
+
+// What a word means, and what it takes.
+std::string explanation(const Word &word);
+
+// The list behind an action's words, of an entry or of the keys; empty: none.
+struct Details {
+    const char *heading;
+    std::vector<Word> words;
+};
+Details details(const Action &action);
+
+// "cfgctl VERB"; "cfgctl VERB ...", as the command line has it.
+std::string name_of(const Action &action);
 std::string usage(const Action &action);
 
 // What may stand in a word's place: "a number from 0 to 1".

@@ -1,11 +1,9 @@
 #include "cfgctl.h"
 
 #include "platform/param_store.h"
-#include "settings/frame.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -72,7 +70,7 @@ void sort_words(const std::vector<std::string> &given, Call &call)
             wrong_usage(nullptr, std::string(option.name) + " needs a value");
         const std::string value = inside ? word.substr(equals + 1) : given[++i];
         check(option, value);
-        call.numbers[1U << index] = static_cast<uint32_t>(*number(value));
+        call.values[1U << index] = value;
     }
 }
 
@@ -103,20 +101,10 @@ void choose_action(Call &call)
             names += std::string(names.empty() ? "" : ", ") + action.name;
     const bool alone = call.action && !*call.action->name;
     if (!call.action || (alone && !names.empty() && !name.empty()))
-        wrong_usage(nullptr,
-                    verb + " takes one of " + names + (name.empty() ? "" : ", not " + name));
+        wrong_usage(nullptr, verb + " takes one of " + names +
+                                 (name.empty() ? "" : ", not " + name) + "; cfgctl help " + verb +
+                                 " explains them");
     call.words.erase(call.words.begin(), call.words.begin() + (alone ? 1 : 2));
-}
-
-std::string line_of_input()
-{
-    std::string text;
-    int c;
-    while ((c = std::getchar()) != EOF && c != '\n')
-        text += static_cast<char>(c);
-    if (c == EOF && text.empty())
-        fail(USAGE, "no line on standard input");
-    return text;
 }
 
 // The word that the `index`th argument is for; `text` loses the name of one
@@ -124,6 +112,8 @@ std::string line_of_input()
 const Word *find_word(const Action &action, size_t index, std::string &text)
 {
     const Word *words = action.words;
+    if (words[0].kind == ASSIGNMENT)
+        return words;
     if (!words[0].name || std::string(words[0].name).back() != '=')
         return index < WORDS_MAX && words[index].name ? &words[index] : nullptr;
     for (; words->name; words++) {
@@ -152,7 +142,7 @@ void check_words(Call &call)
         if (!word)
             wrong_usage(&action, "there are words too many"); // and may be secrets
         const std::string name = call.words[i].substr(0, call.words[i].size() - value.size());
-        if ((word->kind == VALUE || word->kind == SECRET) && value == "-")
+        if (is_secret(*word) && value == "-")
             value = line_of_input();
         check(*word, value);
         call.words[i] = name + value;
@@ -166,13 +156,15 @@ Json report(const Call &call)
     Json json{{"did", call.action->verb + (name.empty() ? "" : " " + name)}};
     for (size_t i = 0; i < call.words.size(); i++) {
         std::string value = call.words[i];
+        if (call.action->words[0].kind == ASSIGNMENT)
+            break; // set says itself what it did
         const Word &word = *find_word(*call.action, i, value);
         std::string field = lower(word.name);
         field.erase(std::remove(field.begin(), field.end(), '='), field.end());
         json[field] = value;
-        if (word.kind == NUMBER)
+        if (word.kind == NUMBER || (word.kind == CHOICE && number(value)))
             json[field] = *number(value);
-        if (word.kind == SECRET && !call.has(SHOW_SECRETS))
+        if (is_secret(word) && !call.has(SHOW_SECRETS))
             json[field] = HIDDEN;
     }
     json.update(call.done);
@@ -357,42 +349,21 @@ const Action *find_action(const std::string &verb, const std::string &name)
     return nullptr;
 }
 
-void check(const Word &word, const std::string &text)
+bool read_line(std::string &line)
 {
-    const auto length = static_cast<int64_t>(text.size());
-    const auto value = word.kind == TIME ? minutes(text) : number(text);
-    const bool numeric = word.kind == TIME || word.kind == NUMBER;
-    const bool shown = numeric || word.kind == CHOICE;
-    bool good = true;
-    if (numeric)
-        good = value && *value >= word.least && *value <= word.most;
-    else if (word.kind == CHOICE)
-        good = ("|" + std::string(word.choices) + "|").find("|" + text + "|") != std::string::npos;
-    else if (word.kind == TEXT || word.kind == SECRET || word.kind == PATH)
-        good = length >= word.least && length <= word.most;
-    if (!good)
-        fail(USAGE,
-             std::string(word.name) + " takes " + takes(word) + (shown ? ", not " + text : ""));
-    if (word.kind == PATH && !cfg_set::harmless(text.c_str(), cfg_set::SOUND_WORD))
-        fail(USAGE, std::string(word.name) + " has a character that a shell acts on");
+    line.clear();
+    int c;
+    while ((c = std::getchar()) != EOF && c != '\n')
+        line += static_cast<char>(c);
+    return c != EOF || !line.empty();
 }
 
-std::optional<int64_t> number(const std::string &text)
+std::string line_of_input()
 {
-    int64_t value = 0;
-    const char *end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, value);
-    return error == std::errc() && rest == end ? std::optional(value) : std::nullopt;
-}
-
-std::optional<int64_t> minutes(const std::string &text)
-{
-    unsigned hour = 0;
-    unsigned minute = 0;
-    char more = 0;
-    if (std::sscanf(text.c_str(), "%2u:%2u%c", &hour, &minute, &more) == 2 && minute < 60)
-        return hour * 60 + minute;
-    return number(text);
+    std::string line;
+    if (!read_line(line))
+        fail(USAGE, "no line on standard input");
+    return line;
 }
 
 std::string first_line(const std::string &path)

@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <sys/msg.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace cfgctl
@@ -24,13 +26,25 @@ struct Received {
     char more[8192];
 };
 
-std::string json_of(const daemon_message &message)
+// With the time at which it was taken.
+bool print_message(const daemon_message &message, bool json)
 {
-    return text_of({{"type", message.msg_type},
-                    {"command", message.command},
-                    {"value", message.value},
-                    {"param", parameter(message)},
-                    {"meaning", meaning(message)}});
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const long ms = now.tv_nsec / 1000000;
+    if (json)
+        return print(text_of({{"time", now.tv_sec},
+                              {"milliseconds", ms},
+                              {"type", message.msg_type},
+                              {"command", message.command},
+                              {"value", message.value},
+                              {"param", parameter(message)},
+                              {"meaning", meaning(message)}}) +
+                     "\n");
+    char time[16];
+    const size_t length = std::strftime(time, sizeof time, "%H:%M:%S", gmtime(&now.tv_sec));
+    std::snprintf(time + length, sizeof time - length, ".%03ld ", ms);
+    return print(time + line_of(message) + "\n");
 }
 
 bool lives(int64_t pid)
@@ -45,19 +59,15 @@ extern "C" void end_by_signal(int signal)
     std::raise(signal);
 }
 
-// Asks other receivers to step aside while it lives, and says who may not.
+// Asks other receivers to step aside while it lives.
 struct Notice {
-    explicit Notice(int queue)
+    Notice()
     {
-        msqid_ds state = {};
         const int64_t other = number(first_line(PID_FILE)).value_or(0);
         if (lives(other)) {
             complain("monitor " + std::to_string(other) + " runs too: each message goes to one");
             return;
         }
-        if (msgctl(queue, IPC_STAT, &state) == 0 && lives(state.msg_lrpid))
-            complain("process " + std::to_string(state.msg_lrpid) +
-                     " has taken messages too: while it does not step aside, each goes to one");
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
             std::signal(signal, end_by_signal);
         if (FILE *file = std::fopen(PID_FILE, "we")) {
@@ -75,6 +85,35 @@ struct Notice {
     bool ours = false;
 };
 
+extern "C" void wake_up(int) {}
+
+// Says who else takes messages since it was made. A second is as fine as the
+// kernel tells.
+struct Rivals {
+    explicit Rivals(int of) : queue(of)
+    {
+        msgctl(queue, IPC_STAT, &before);
+        std::signal(SIGALRM, wake_up); // ends the wait for a message
+        const itimerval second = {{1, 0}, {1, 0}};
+        setitimer(ITIMER_REAL, &second, nullptr);
+    }
+    void look()
+    {
+        msqid_ds now = {};
+        if (msgctl(queue, IPC_STAT, &now) != 0 || now.msg_lrpid == getpid() ||
+            (now.msg_lrpid == before.msg_lrpid && now.msg_rtime == before.msg_rtime))
+            return;
+        if (now.msg_lrpid != named)
+            complain("process " + std::to_string(now.msg_lrpid) +
+                     " takes messages too: each goes to one");
+        named = now.msg_lrpid;
+        before = now;
+    }
+    int queue;
+    msqid_ds before = {};
+    pid_t named = 0;
+};
+
 } // namespace
 
 void rec(Call &call)
@@ -90,21 +129,23 @@ void monitor(Call &call)
 {
     call.printed = true;
     const int queue = msgget(QUEUE_KEY, IPC_CREAT | 0666);
-    const Notice notice(queue);
+    const Notice notice;
+    Rivals rivals(queue);
+    const auto type = static_cast<long>(call.option(ONE_TYPE)); // 0: any
     Received received{};
     for (uint32_t left = call.option(COUNT); !call.has(COUNT) || left > 0; left--) {
         ssize_t length;
-        do
-            length =
-                msgrcv(queue, &received, sizeof received - sizeof received.message.msg_type, 0, 0);
-        while (length < 0 && errno == EINTR);
+        do {
+            rivals.look();
+            length = msgrcv(queue, &received, sizeof received - sizeof received.message.msg_type,
+                            type, 0);
+        } while (length < 0 && errno == EINTR);
         if (length < 0)
             fail(NOT_FOUND, std::string("cannot receive: ") + std::strerror(errno));
         if (length != BODY_SIZE)
             complain("not a daemon message: type " + std::to_string(received.message.msg_type) +
                      ", " + std::to_string(length) + " bytes");
-        else if (!print((call.has(JSON) ? json_of(received.message) : line_of(received.message)) +
-                        "\n"))
+        else if (!print_message(received.message, call.has(JSON)))
             return;
     }
 }

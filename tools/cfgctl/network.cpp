@@ -18,39 +18,20 @@ namespace
 constexpr const char *SUPPLICANT_FILE = "/etc/wpa_supplicant.conf";
 constexpr size_t COMMAND_MOST = 255; // characters of ntpd's command line
 
-// Whether the supplicant takes a "#" in a quoted text for a comment.
-bool cut_at_hash(const std::string &text)
-{
-    bool inside = true;
-    for (const char c : text) {
-        if (c == '#' && !inside)
-            return true;
-        inside ^= c == '"';
-    }
-    return false;
-}
-
-// What makes the supplicant refuse the whole file, or read another network from
-// it; empty when nothing does.
-std::string unreadable(const std::string &ssid, const std::string &key)
-{
-    const auto control = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
-    if (ssid.size() > 32)
-        return "its SSID has more than 32 bytes";
-    if (key.size() == 64 && key.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
-        return "its raw key is not hexadecimal";
-    if (key.size() >= 8 && key.size() < 64 && std::any_of(key.begin(), key.end(), control))
-        return "its passphrase has a control character";
-    if (cut_at_hash(ssid) || cut_at_hash(key))
-        return "its SSID or key has a # behind a double quote";
-    return "";
-}
-
 // Whether the library writes the network at all.
 bool is_written(const std::string &ssid, const std::string &key)
 {
     const bool fits = key.empty() || (key.size() >= 8 && key.size() <= 64);
     return (fits || could_be_wep(key.c_str()) != 0) && (ssid + key).find('\n') == std::string::npos;
+}
+
+// Ends when the supplicant would refuse its whole file for the stored value, or
+// read another network from it.
+void require_readable(const std::string &key, const std::string &value)
+{
+    const std::string fault = fault_of(find_setting(key)->value, value);
+    if (!fault.empty())
+        fail(APPLY_FAILED, key + " " + fault + "; the supplicant would not read the file");
 }
 
 // The networks in the supplicant's file, each once.
@@ -84,18 +65,30 @@ std::string vetted(const std::string &key, cfg_set::Word kind)
 
 void wifi_config(Call &call)
 {
+    unsigned kept = 0;
+    unsigned left_out = 0;
     for (const std::string slot : {"wl", "wl1", "wl2", "wl3"}) {
         const std::string ssid = stored(slot + "_ssid").value_or("");
         const auto key = stored(slot + "_psk");
-        if (ssid.empty() || !key)
+        if (ssid.empty())
             continue;
-        const std::string reason = unreadable(ssid, *key);
-        if (!is_written(ssid, *key))
+        const bool written = key && is_written(ssid, *key);
+        kept += written ? 1 : 0;
+        left_out += written ? 0 : 1;
+        if (!key)
+            complain(slot + "_ssid: left out, " + slot + "_psk is not stored");
+        else if (!written)
             complain(slot + "_ssid: left out, for a line feed or a key of no known length");
-        else if (!reason.empty())
-            fail(APPLY_FAILED,
-                 slot + "_ssid: " + reason + "; the supplicant would not read the file");
+        else {
+            require_readable(slot + "_ssid", ssid);
+            require_readable(slot + "_psk", *key);
+        }
     }
+    if (kept == 0 && left_out > 0)
+        fail(APPLY_FAILED,
+             std::string("no network is left; ") + SUPPLICANT_FILE + " stays as it is");
+    if (kept == 0)
+        complain("no network is stored");
     if (cfg_restoreWiFiConfig() != 0)
         fail(APPLY_FAILED, std::string(SUPPLICANT_FILE) + " cannot be written");
     const auto written = written_networks();
@@ -103,7 +96,8 @@ void wifi_config(Call &call)
     call.text = "";
     for (const std::string &ssid : written)
         *call.text += ssid + "\n";
-    call.done["result"] = "applied";
+    call.done["result"] = left_out > 0 ? "failed" : "applied";
+    call.status = left_out > 0 ? APPLY_FAILED : OK;
 }
 
 void wifi_control(Call &call)
@@ -141,6 +135,10 @@ void time_zone(Call &call)
     const bool given = !call.words.empty();
     const int offset = given ? static_cast<int>(*number(call.words[0])) : 0;
     const uint32_t dst = given ? static_cast<uint32_t>(*number(call.words[1])) : 0;
+    for (const char *key : {"time_zone", "time_dst"})
+        if (!given && !stored(key))
+            fail(APPLY_FAILED,
+                 std::string(key) + " is not stored: store it, or give OFFSET and DST");
     const std::string zone = vetted("time_zone_str", cfg_set::ZONE_WORD);
     if ((given ? cfg_setTimeZoneDst(offset, dst) : cfg_restoreTimeZoneDst()) != 0)
         fail(APPLY_FAILED, "the time zone is not set");

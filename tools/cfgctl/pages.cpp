@@ -7,29 +7,94 @@
 
 using namespace cfgctl;
 
-static std::string preformatted(const std::string &text)
+// The files that cfgctl's verbs read or write, beside the store and the drivers'.
+static constexpr Verb FILES[] = {
+    {"/etc/wpa_supplicant.conf", "the supplicant's networks (wifi config)"},
+    {"/etc_ro/time_zone", "zone names and their TZ strings (time zone)"},
+    {"/tmp/TZ, /tmp/localtime", "the zone that counts (time zone)"},
+    {"/tmp/dev_status", "the device status (status)"},
+    {"/var/run/monitor.pid", "process id of the running monitor"},
+    {"/mnt/sdcard/video/.event", "the copy of the event ring (events)"},
+    {"/mnt/sdcard/video/.smbu", "jobs of the upload daemon (upload recover)"},
+    {"/mnt/sdcard/upgrade/upgrade.bin, upgrade.dat", "the download and its version (firmware)"},
+};
+
+// Text that the formatter fills; what it would take for a request or a break
+// between two words is text.
+static std::string filled(const std::string &text)
 {
-    std::string escaped = ".nf\n\\&";
+    std::string escaped = text.find_first_of(".'") == 0 ? "\\&" : "";
     for (const char c : text)
-        escaped += c == '\\' ? "\\e" : c == '-' ? "\\-" : c == '\n' ? "\n\\&" : std::string(1, c);
-    return escaped + "\n.fi\n";
+        escaped += c == '\\' ? "\\e" : c == '-' ? "\\-" : std::string(1, c);
+    return escaped;
+}
+
+// A tagged paragraph.
+static std::string tagged(const std::string &tag, const std::string &text)
+{
+    return ".TP\n\\fB" + filled(tag) + "\\fR\n" + filled(text) + "\n";
+}
+
+static std::string tagged(const Word &word)
+{
+    return tagged(label(word), explanation(word));
+}
+
+static std::string part(const Action &action)
+{
+    std::string text =
+        ".PP\n\\fB" + filled(usage(action)) + "\\fR\n.PP\n" + filled(action.effect) + "\n";
+    for (const Word *word = action.words; word->name; word++)
+        text += tagged(*word);
+    const Details more = details(action);
+    if (!more.words.empty())
+        text += std::string(".PP\n") + more.heading + "\n";
+    for (const Word &word : more.words)
+        text += tagged(word);
+    if (*action.exits)
+        text += ".PP\nExit status: 0, or " + filled(action.exits) + "\n";
+    return text + ".PP\nExample:\n.PP\n.EX\n" + filled(name_of(action)) +
+           (*action.example ? " " : "") + filled(action.example) + "\n.EE\n";
 }
 
 static std::string man_page()
 {
-    std::string page = ".TH CFGCTL 1 \"\" \"cfg_set " CFGCTL_VERSION "\"\n.SH NAME\n"
-                       "cfgctl \\- settings and device control of the camera\n"
-                       ".SH SYNOPSIS\n" +
-                       preformatted(help()) + ".SH VERBS\n";
+    std::string page = ".TH CFGCTL 1 \"\" \"cfg_set " CFGCTL_VERSION "\"\n.nh\n.ad l\n"
+                       ".SH NAME\ncfgctl \\- settings and device control of the camera\n"
+                       ".SH SYNOPSIS\n\\fBcfgctl\\fR [OPTION...] VERB [WORD...]\n.br\n"
+                       "\\fBcfgctl help\\fR [VERB]\n"
+                       ".SH DESCRIPTION\nReads and changes the camera's settings and drives its "
+                       "functions, all through the library cfg_set. Standard output is data only; "
+                       "what the library and its commands report goes to standard error.\n.PP\n"
+                       "Options may stand anywhere; behind \\-\\- a word is no option.\n"
+                       ".PP\nThe verbs:\n";
     for (const Verb &verb : VERBS)
-        page += std::string(".SS ") + verb.name + "\n" + preformatted(help(verb));
-    return page;
+        page += tagged(verb.name, verb.summary);
+    page += ".SH OPTIONS\n";
+    for (const Word &option : OPTIONS)
+        page += tagged(option);
+    page += ".SH COMMANDS\n";
+    for (const Verb &verb : VERBS) {
+        page += std::string(".SS ") + verb.name + "\n";
+        for (const Action &action : ACTIONS)
+            page += is(action.verb, verb.name) ? part(action) : "";
+    }
+    page += ".SH EXIT STATUS\n";
+    for (const Verb &status : EXITS)
+        page += tagged(status.name, status.summary);
+    page += ".SH FILES\n";
+    for (const Verb &file : FILES)
+        page += tagged(file.name, file.summary);
+    return page + ".SH SEE ALSO\n\\fBipcs\\fR(1), \\fBwpa_supplicant.conf\\fR(5)\n";
 }
 
 // What may stand in a word's place.
-static std::string candidates(const Word &word)
+static std::string candidates(const Action &action, const Word &word)
 {
-    std::string found = word.kind == STORE_KEY ? "$keys" : word.kind == CHOICE ? word.choices : "";
+    std::string found = word.kind == CHOICE          ? word.choices
+                        : word.kind != STORE_KEY     ? ""
+                        : is(action.verb, "restore") ? "$restorable"
+                                                     : "$keys";
     for (char &c : found)
         c = c == '|' ? ' ' : c;
     for (int64_t i = word.least;
@@ -42,18 +107,26 @@ static std::string candidates(const Word &word)
 static std::string rule(const std::string &count, const std::string &words,
                         const std::string &found)
 {
-    return found.empty() ? ""
-                         : "    " + count + "\" " + words + "\"*) found=\"" + found + "\" ;;\n";
+    return found.empty() ? "" : "    " + count + "\" " + words + "\"*) " + found + " ;;\n";
+}
+
+static std::string set_found(const std::string &words)
+{
+    return words.empty() ? "" : "found=\"" + words + "\"";
 }
 
 static std::string completion()
 {
+    const std::string any = "[1-9]";
     std::string verbs;
     std::string keys;
+    std::string restorable;
     std::string options;
     std::string rules;
-    for (const Setting &setting : SETTINGS)
+    for (const Setting &setting : SETTINGS) {
         keys += std::string(setting.value.name) + " ";
+        restorable += setting.restore ? std::string(setting.value.name) + " " : "";
+    }
     for (const Verb &verb : VERBS) {
         std::string names;
         unsigned bits = JSON | HELP;
@@ -66,25 +139,35 @@ static std::string completion()
             std::string assigned; // NAME=, in any order
             unsigned count = named ? 2 : 1;
             for (const Word *word = action.words; word->name; word++)
-                if (std::string(word->name).back() == '=')
+                if (word->kind == ASSIGNMENT)
+                    assigned = "${keys// /= }";
+                else if (std::string(word->name).back() == '=')
                     assigned += std::string(word->name) + " ";
+                else if (word->kind == FILENAME || is(action.verb, "alert") ||
+                         is(action.verb, "sound") || is(action.name, "recover"))
+                    rules += rule(std::to_string(count++), words, "files=yes");
                 else
-                    rules += rule(std::to_string(count++), words, candidates(*word));
-            rules += rule("[1-9]", words, assigned);
+                    rules +=
+                        rule(std::to_string(count++), words, set_found(candidates(action, *word)));
+            rules += rule(any + "\" " + words + "\"*|" + any + "[0-9]", words, set_found(assigned));
             names += named ? std::string(action.name) + " " : "";
             bits |= action.options;
         }
-        rules += rule("1", verb.name, names);
+        rules += rule("1", verb.name, set_found(names));
         std::string allowed;
         for (unsigned i = 0; i < OPTION_COUNT; i++)
             allowed += bits >> i & 1 ? std::string(OPTIONS[i].name) + " " : "";
-        options += rule("[1-9]", verb.name, allowed);
+        options += rule(any, verb.name, set_found(allowed));
     }
     return "# Completion of cfgctl for bash.\n_cfgctl() {\n"
-           "    local cur=${COMP_WORDS[COMP_CWORD]} found=\"--help --version\" word given=()\n"
+           "    local cur=${COMP_WORDS[COMP_CWORD]} found=\"--help --version\" files='' word "
+           "given=()\n"
            "    local keys=\"" +
-           keys + "\" verbs=\"" + verbs +
+           keys + "\" restorable=\"" + restorable + "\" verbs=\"" + verbs +
            "\"\n"
+           "    COMPREPLY=()\n"
+           "    # A value, which only its user knows; the shell splits words at \"=\".\n"
+           "    [[ $cur != = && ${COMP_WORDS[COMP_CWORD-1]} != = ]] || return 0\n"
            "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
            "        [[ $word == -* ]] || given+=(\"$word\")\n    done\n"
            "    local all=\"${#given[@]} ${given[*]}\"\n"
@@ -94,8 +177,15 @@ static std::string completion()
            "    0*) found=\"help $verbs\" ;;\n    1\\ help) found=$verbs ;;\n" +
            rules +
            "    esac; fi\n"
-           "    COMPREPLY=($(compgen -W \"$found\" -- \"$cur\"))\n}\n"
-           "complete -o default -F _cfgctl cfgctl\n";
+           "    if [[ $files ]]; then\n"
+           "        local IFS=$'\\n'\n"
+           "        compopt -o filenames 2>/dev/null\n"
+           "        COMPREPLY=($(compgen -f -- \"$cur\"))\n"
+           "    else\n"
+           "        COMPREPLY=($(compgen -W \"$found\" -- \"$cur\"))\n"
+           "        [[ ${COMPREPLY[*]} != *= ]] || compopt -o nospace 2>/dev/null\n"
+           "    fi\n}\n"
+           "complete -F _cfgctl cfgctl\n";
 }
 
 int main(int argc, char **argv)

@@ -84,7 +84,7 @@ void viewer_list(Call &call)
         call.data.push_back({{"name", entry.name},
                              {"passcode", shown ? entry.passcode : HIDDEN},
                              {"credential", shown ? entry.credential : HIDDEN},
-                             {"once", entry.once}});
+                             {"once", number_or_null(entry.once)}});
 }
 
 void viewer_add(Call &call)

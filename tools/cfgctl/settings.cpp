@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr size_t BODY_SIZE = 292; // of a daemon message
+constexpr size_t LARGE_VALUE = 65536;
 
 constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable"; // whose setter stores it
 
@@ -65,6 +66,168 @@ std::string restored(const Setting &setting)
     return absent(setting) ? "not on this board" : "failed";
 }
 
+// "; did you mean KEY?" for a key that nothing knows.
+std::string like(const std::string &key, bool restorable = false)
+{
+    std::vector<std::string> known;
+    for (const Setting &row : SETTINGS)
+        if (!restorable || row.restore)
+            known.emplace_back(row.value.name);
+    return find_setting(key) ? "" : nearest(key, known);
+}
+
+// A step of set.
+struct Change {
+    std::string key;
+    std::string value;
+    const Setting *setting;
+    bool applies = false;
+    bool is_stored = false;
+    bool is_applied = false;
+    std::optional<std::string> old = {};
+    const char *result = "stored";
+
+    // The setter stores the value itself, and has to find the old one.
+    [[nodiscard]] bool by_setter() const
+    {
+        return applies && is(PRIVACY_KEY, key);
+    }
+    [[nodiscard]] bool is_there() const
+    {
+        return number(stored(key).value_or("")) == number(value);
+    }
+};
+
+void store(Change &change)
+{
+    change.old = stored(change.key);
+    if (!change.by_setter() && param_set(change.key.c_str(), change.value.c_str()) != 0)
+        fail(STORE_FAILED, change.key + " cannot be stored");
+    change.is_stored = true;
+}
+
+void apply(Change &change)
+{
+    const Setting &setting = *change.setting;
+    const int result = setting.set(loose_number(change.value));
+    if (change.by_setter() && !change.is_there())
+        fail(STORE_FAILED, change.key + " cannot be stored");
+    if (!change.by_setter() && result != 0)
+        fail(APPLY_FAILED, change.key + ": " +
+                               std::string(setting.applied, std::strcspn(setting.applied, ",")) +
+                               " failed");
+    change.is_applied = true;
+    change.result = seen(setting, change.value);
+}
+
+// Store and device as they were before the changes.
+void take_back(std::vector<Change> &changes)
+{
+    for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
+        if (change->by_setter() && change->is_applied)
+            change->setting->set(loose_number(change->old.value_or("0")));
+        const char *key = change->key.c_str();
+        if (change->is_stored && !(change->by_setter() && change->is_there()) &&
+            (change->old ? param_set(key, change->old->c_str()) : param_unset(key)) != 0)
+            complain("the old value of " + change->key + " cannot be stored again");
+    }
+    for (const Change &change : changes)
+        if (change.is_applied && !change.by_setter() && change.old)
+            change.setting->set(loose_number(*change.old));
+}
+
+// Stores all, then applies all unless the call says otherwise; or changes nothing.
+void change_all(const Call &call, std::vector<Change> &changes)
+{
+    unsigned messages = 0;
+    for (Change &change : changes) {
+        const Setting *setting = change.setting;
+        change.applies = setting && setting->set && !call.has(NO_APPLY);
+        if (change.applies && setting->on_board && setting->on_board() == 0)
+            fail(APPLY_FAILED, "the board does not say that it has what " + change.key +
+                                   " sets; nothing is stored");
+        if (change.applies && !(change.by_setter() && change.is_there()))
+            messages += setting->messages;
+    }
+    require_room(messages);
+    try {
+        for (Change &change : changes)
+            store(change);
+        for (Change &change : changes)
+            if (change.applies)
+                apply(change);
+    } catch (const Failure &failure) {
+        take_back(changes);
+        fail(failure.status, failure.what() + std::string("; the store is as it was"));
+    }
+}
+
+// One KEY=VALUE, of which the value may stand on standard input.
+Change parsed(const std::string &text, bool dash)
+{
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        fail(USAGE, "set takes KEY=VALUE, which one of the words or lines is not");
+    const std::string key = text.substr(0, equals);
+    const std::string value = text.substr(equals + 1);
+    return {key, dash && value == "-" ? line_of_input() : value, find_setting(key)};
+}
+
+// What set is asked for, by its words or by the lines of standard input.
+std::vector<Change> wanted(const Call &call)
+{
+    std::vector<Change> changes;
+    const auto &words = call.words;
+    if (words.size() == 2 && words[0].find('=') == std::string::npos)
+        return {parsed(words[0] + "=" + words[1], true)};
+    if (words.size() != 1 || words[0] != "-") {
+        for (const std::string &word : words)
+            changes.push_back(parsed(word, true));
+        return changes;
+    }
+    for (std::string line; read_line(line);)
+        if (!line.empty() && line[0] != '#')
+            changes.push_back(parsed(line, false));
+    if (changes.empty())
+        fail(USAGE, "no KEY=VALUE on standard input");
+    return changes;
+}
+
+bool begins(const Setting &setting, const std::string &prefix)
+{
+    return std::string(setting.value.name).compare(0, prefix.size(), prefix) == 0;
+}
+
+// Why the stored value cannot go in again through set; empty when it can.
+std::string left_out(const Call &call, const Setting &setting, const std::string &value)
+{
+    if (is_secret(setting.value) && !value.empty() && !call.has(SHOW_SECRETS))
+        return "is left out, --show-secrets prints it";
+    if (setting.on_board && setting.on_board() == 0)
+        return "is left out, this board does not have it";
+    return value.find('\n') == std::string::npos ? fault_of(setting.value, value)
+                                                 : "has a line feed";
+}
+
+// As `set -` reads it, or an object.
+void export_settings(Call &call, const std::string &prefix)
+{
+    call.data = Json::object();
+    call.text = "";
+    for (const Setting &setting : SETTINGS) {
+        const std::string key = setting.value.name;
+        const auto value = begins(setting, prefix) ? stored(key) : std::nullopt;
+        if (!value)
+            continue;
+        const std::string reason = left_out(call, setting, *value);
+        if (reason.empty())
+            call.data[key] = *value;
+        *call.text += reason.empty() ? key + "=" + *value + "\n" : "# " + key + " " + reason + "\n";
+    }
+    if (call.text->empty())
+        fail(NOT_FOUND, "no setting that begins with " + prefix + " is stored");
+}
+
 // Another verb as a step of restore.
 std::string performed(const std::string &line)
 {
@@ -80,12 +243,15 @@ std::string performed(const std::string &line)
 
 std::optional<std::string> stored(const std::string &key)
 {
-    std::string value(256, '\0');
-    for (;; value.assign(value.size() * 2, '\0')) { // until nothing is cut
-        if (param_get(key.c_str(), value.data(), static_cast<unsigned>(value.size())) != 0)
+    std::string value;
+    // A store may cut what does not fit, or refuse it.
+    for (size_t size = 256;; size = std::max(size * 2, LARGE_VALUE)) {
+        value.assign(size, '\0');
+        const bool got = param_get(key.c_str(), value.data(), static_cast<unsigned>(size)) == 0;
+        if (!got && size >= LARGE_VALUE)
             return std::nullopt;
-        if (std::strlen(value.c_str()) + 1 < value.size())
-            return value.substr(0, std::strlen(value.c_str()));
+        if (got && std::strlen(value.c_str()) + 1 < size)
+            return value.c_str();
     }
 }
 
@@ -115,61 +281,55 @@ const Setting *find_setting(const std::string &key)
 
 const char *change(const Call &call, const std::string &key, const std::string &value)
 {
-    const Setting *setting = find_setting(key);
-    const bool applies = setting && setting->set && !call.has(NO_APPLY);
-    const bool stores = is(PRIVACY_KEY, key) && applies;
-    const bool unchanged = stores && number(stored(key).value_or("")) == number(value);
-    if (applies && setting->on_board && setting->on_board() == 0)
-        fail(APPLY_FAILED,
-             "the board does not say that it has what " + key + " sets; nothing is stored");
-    if (applies && !unchanged)
-        require_room(setting->messages);
-    if (stores)
-        setting->set(loose_number(value)); // has to find the old value
-    if (stores ? number(stored(key).value_or("")) != number(value)
-               : param_set(key.c_str(), value.c_str()) != 0)
-        fail(STORE_FAILED, key + " cannot be stored");
-    if (!applies || stores)
-        return applies ? "called" : "stored";
-    if (setting->set(loose_number(value)) != 0)
-        fail(APPLY_FAILED, key + " is stored but " +
-                               std::string(setting->applied, std::strcspn(setting->applied, ",")) +
-                               " failed; nothing is saved");
-    return seen(*setting, value);
+    std::vector<Change> changes = {{key, value, find_setting(key)}};
+    change_all(call, changes);
+    return changes[0].result;
 }
 
 void get(Call &call)
 {
     const std::string &key = call.words[0];
     const auto value = stored(key);
-    if (!value)
-        fail(NOT_FOUND, "no value of " + key + " can be read");
-    call.answer({{"key", key}, {"value", *value}}, *value);
+    if (!value && !call.has(DEFAULT))
+        fail(NOT_FOUND, "no value of " + key + " can be read" + like(key));
+    const std::string text = value ? *value : call.values[DEFAULT];
+    call.answer({{"key", key}, {"value", text}}, text);
 }
 
 void set(Call &call)
 {
-    const std::string &key = call.words[0];
-    const std::string &value = call.words[1];
-    const Setting *setting = find_setting(key);
-    std::vector<std::string> known;
-    for (const Setting &row : SETTINGS)
-        known.emplace_back(row.value.name);
-    if (!setting && !call.has(FORCE))
-        fail(USAGE, "nothing knows the key " + key + nearest(key, known) +
-                        " --force stores it all the same");
-    if (setting)
-        check(setting->value, value);
-    if (setting && setting->value.kind == SECRET)
-        call.done["value"] = HIDDEN;
-    call.done["result"] = change(call, key, value);
+    std::vector<Change> changes = wanted(call);
+    for (const Change &change : changes) {
+        if (!change.setting && !call.has(FORCE)) {
+            const std::string known = like(change.key);
+            fail(USAGE, "nothing knows the key " + change.key + (known.empty() ? ";" : known) +
+                            " --force stores it all the same");
+        }
+        if (change.setting)
+            check(change.setting->value, change.value);
+    }
+    change_all(call, changes);
+    Json done = Json::array();
+    for (const Change &change : changes)
+        done.push_back(
+            {{"key", change.key},
+             {"value", change.setting && is_secret(change.setting->value) ? HIDDEN : change.value},
+             {"result", change.result}});
+    call.done = done.size() == 1 ? done[0] : Json{{"settings", done}};
+}
+
+void save(Call &call)
+{
+    if (param_save() != 0)
+        fail(STORE_FAILED, "the store cannot be saved");
+    call.done["saved"] = true;
 }
 
 void unset(Call &call)
 {
     const std::string &key = call.words[0];
     if (!stored(key))
-        fail(NOT_FOUND, key + " is not stored");
+        fail(NOT_FOUND, key + " is not stored" + like(key));
     if (param_unset(key.c_str()) != 0 || stored(key))
         fail(STORE_FAILED, key + " cannot be removed");
 }
@@ -180,7 +340,7 @@ void restore(Call &call)
         fail(USAGE, "restore takes either a key or --all");
     const Setting *one = call.has(ALL) ? nullptr : find_setting(call.words[0]);
     if (!call.has(ALL) && (!one || !one->restore))
-        fail(NOT_FOUND, "nothing restores " + call.words[0]);
+        fail(NOT_FOUND, "nothing restores " + call.words[0] + like(call.words[0], true));
 
     call.data = Json::array();
     call.fields = {"key", "result"};
@@ -208,13 +368,15 @@ void restore(Call &call)
 void show(Call &call)
 {
     const std::string prefix = call.words.empty() ? "" : call.words[0];
+    if (call.has(EXPORT))
+        return export_settings(call, prefix);
     call.data = Json::array();
     call.fields = {"key", "value", "applied_by"};
     for (const Setting &setting : SETTINGS) {
-        if (std::string(setting.value.name).compare(0, prefix.size(), prefix) != 0)
+        if (!begins(setting, prefix))
             continue;
         const auto value = stored(setting.value.name);
-        const bool hidden = setting.value.kind == SECRET && !call.has(SHOW_SECRETS);
+        const bool hidden = is_secret(setting.value) && !call.has(SHOW_SECRETS);
         call.data.push_back(
             {{"key", setting.value.name},
              {"value", value ? Json(hidden && !value->empty() ? HIDDEN : *value) : Json()},

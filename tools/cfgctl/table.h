@@ -8,9 +8,15 @@
 
 #ifdef CFGCTL_PAGES // the texts alone, for the man page's generator
 #define DO(function) nullptr
+#define RESTORE(function) some_restorer
+inline int some_restorer()
+{
+    return 0;
+}
 #else
 #include "cfg_set.h"
 #define DO(function) function
+#define RESTORE(function) function
 inline int set_ir_mode(uint32_t mode)
 {
     return cfg_setIrEnable(static_cast<int>(mode));
@@ -24,8 +30,8 @@ struct Call;
 
 // What does the verbs' work.
 using Run = void(Call &call);
-Run get, set, unset, restore, show, board, prompt, alert_sound, privacy, night, lamp, probe, rec,
-    monitor, events_list, events_add, events_drop, events_clear, events_dump, status,
+Run get, set, unset, save, restore, show, board, prompt, alert_sound, privacy, night, lamp, probe,
+    rec, monitor, events_list, events_add, events_drop, events_clear, events_dump, status,
     firmware_check, firmware_newer, firmware_downloaded, speech, crc, wifi_config, wifi_control,
     wifi_status, link_status, time_zone, time_sync, upload_status, upload_config, upload_control,
     upload_recover, list_print, list_set, viewer_list, viewer_add, viewer_del, sound, volume,
@@ -35,13 +41,20 @@ enum Kind {
     NONE,     // behind the last word; an option without a value
     NUMBER,   // decimal, least to most
     TIME,     // minute of the day, or HH:MM
-    TEXT,     // least to most bytes
-    VALUE,    // a text that may be read from standard input
-    SECRET,   // the same, and not shown
     CHOICE,   // one of `choices`
-    PATH,     // a name that stands in a command line, least to most bytes
     FILENAME, // of a file that cfgctl reads
-    STORE_KEY
+    STORE_KEY,
+    ASSIGNMENT, // KEY=VALUE, any number of them
+    // Texts of least to most bytes; one that may be empty may be that whatever it is.
+    TEXT,
+    SECRET,   // may be read from standard input, and is not shown
+    PATH,     // a name that stands in a command line
+    SERVER,   // likewise, a time server
+    ZONE,     // likewise, and in the zone table
+    SSID,     // which the supplicant's file can hold
+    WIFI_KEY, // likewise, and a secret
+    BSSID,
+    AREAS, // {A,B}{C,D,E,F}
 };
 
 // An argument, an option, or a stored value.
@@ -57,8 +70,8 @@ struct Word {
 // clang-format off
 enum Option : unsigned {
     NO_SAVE = 1, NO_APPLY = 2, FORCE = 4, ALL = 8, SHOW_SECRETS = 16, COUNT = 32, SKIP = 64,
-    LIMIT = 128, JSON = 256, HELP = 512, VERSION = 1024,
-    TOGETHER = 2048, // no option: either no words or all
+    LIMIT = 128, EXPORT = 256, DEFAULT = 512, ONE_TYPE = 1024, JSON = 2048, HELP = 4096,
+    VERSION = 8192, TOGETHER = 16384, // no option: either no words or all
 };
 // clang-format on
 
@@ -106,13 +119,16 @@ constexpr int64_t STORED = 255; // characters that the library reads of a value
 inline constexpr Word OPTIONS[] = {
     {"--no-save", NONE, 0, 0, "do not save the store: a restart forgets the change"},
     {"--no-apply", NONE, 0, 0, "do not apply the value to the device"},
-    {"--force", NONE, 0, 0, "store a key that nothing knows all the same"},
+    {"--force", NONE, 0, 0, "do it all the same"},
     {"--all", NONE, 0, 0, "everything, in the order of a firmware's start"},
     {"--show-secrets", NONE, 0, 0, "print passcodes, credentials, keys and passwords as they are"},
     {"--count", NUMBER, 1, ANY, "end after so many messages"},
     {"--skip", NUMBER, 0, 511, "leading bytes to leave out"},
     {"--limit", NUMBER, 0, ANY, "bytes of the file that count; 0: all"},
-    {"--json", NONE, 0, 0, "print JSON: the data, or what was done"},
+    {"--export", NONE, 0, 0, "print KEY=VALUE lines, as set - reads them"},
+    {"--default", TEXT, 0, STORED, "what is printed when no value can be read"},
+    {"--type", NUMBER, 1, MOST, "only the messages of this type; the others stay in the queue"},
+    {"--json", NONE, 0, 0, "print JSON: the data, or what was done; help and version stay text"},
     {"--help", NONE, 0, 0, "print help, also -h and help VERB"},
     {"--version", NONE, 0, 0, "print the version"},
 };
@@ -120,8 +136,9 @@ constexpr unsigned OPTION_COUNT = std::size(OPTIONS);
 
 inline constexpr Verb VERBS[] = {
     {"get", "print the stored value of a key"},
-    {"set", "store a value, apply it to the device, save the store"},
+    {"set", "store values, apply them to the device, save the store"},
     {"unset", "remove a key from the store, save the store"},
+    {"save", "save the store"},
     {"restore", "apply stored values to the device"},
     {"show", "list the known keys, their values and what applies them"},
     {"board", "print what the board is and has"}, {"prompt", "play a spoken prompt"},
@@ -129,10 +146,10 @@ inline constexpr Verb VERBS[] = {
     {"privacy", "tell or switch privacy mode"}, {"night", "tell or switch night mode"},
     {"lamp", "drive a lamp directly"}, {"probe", "print what every status probe answers"},
     {"rec", "post a recording command"},
-    {"monitor", "take messages in the daemons' place and print them"},
+    {"monitor", "take messages away from the daemons and print them"},
     {"events", "list, add and drop pending events, check a copy of the ring"},
     {"status", "print or set the device status"},
-    {"firmware", "check an image, compare a version, vet the download"},
+    {"firmware", "check an image, compare a version with v5.0.44, vet the download"},
     {"speech", "print whether the downloaded prompts are unpacked"},
     {"crc", "print the CRC-32 of a file"},
     {"wifi", "write the supplicant's file, control the Wi-Fi link"},
@@ -145,6 +162,11 @@ inline constexpr Verb VERBS[] = {
     {"feature", "print or change feature switches"},
 };
 
+inline constexpr Verb EXITS[] = {
+    {"0", "done"}, {"1", "not found or false"}, {"2", "wrong usage"}, {"3", "not stored"},
+    {"4", "not applied"},
+};
+
 #define ON_OFF(meaning) {"STATE", CHOICE, 0, 0, meaning, "on|off"}
 #define INPUT {"FILE", FILENAME, 0, 0, "JSON as --json lists it, the table as list prints it, or an " \
     "entry a line with commas between the fields; standard input without it"}
@@ -152,29 +174,34 @@ inline constexpr Verb VERBS[] = {
     "and is heard by AudioCheck first"}
 
 inline constexpr Action ACTIONS[] = {
-    {"get", "", 1, {{"KEY", STORE_KEY, 0, 0, "the key, also one that nothing knows"}}, 0,
+    {"get", "", 1, {{"KEY", STORE_KEY, 0, 0, "the key, also one that nothing knows"}}, DEFAULT,
      "Prints the stored value, whole, and a line end.",
      "1 no value can be read", DO(get), "io_speaker_volume"},
-    {"set", "", 2, {{"KEY", STORE_KEY, 0, 0, "one of the keys below; any with --force"},
-                    {"VALUE", VALUE, 0, 0, "what the key takes; - reads a line from standard input"}},
+    {"set", "", 1, {{"KEY=VALUE", ASSIGNMENT, 0, 0, "one of the keys below and what it takes; any key "
+      "with --force. KEY VALUE does for a single one. - for the value reads it from standard "
+      "input, - alone reads lines KEY=VALUE; empty ones and those with # in front do not count"}},
      NO_SAVE | NO_APPLY | FORCE,
-     "Stores the value, runs the setter that the key has (cfgctl show names it) and saves the "
-     "store. What the board does not have and what the daemons' queue has no room for is refused "
-     "before anything is stored. A value is \"applied\" when the driver's file shows it, and else "
-     "\"called\": the setter ran, and nothing more can be seen.",
-     "2 a wrong value or an unknown key, 3 not stored, 4 not applied, and not saved",
-     DO(set), "io_speaker_volume 31"},
+     "Stores the values, runs the setters that the keys have (cfgctl show names them) and saves "
+     "the store. All values are checked first. What the board does not have and what the daemons' "
+     "queue has no room for is refused before anything is stored; when a setter fails, the store "
+     "gets the old values again. A value is \"applied\" when the driver's file shows it, and "
+     "\"called\" when the setter ran and nothing more can be seen.",
+     "2 a wrong value or an unknown key, 3 not stored, or not saved, 4 not applied",
+     DO(set), "io_speaker_volume=31 io_mic_enable=1"},
     {"unset", "", 1, {{"KEY", STORE_KEY, 0, 0, "a key that is stored"}}, NO_SAVE,
      "Removes the key and saves the store. The device is left as it is.",
      "1 the key is not stored, 3 it cannot be removed", DO(unset), "wl3_ssid"},
+    {"save", "", 0, {}, 0, "Saves the store: a restart brings back what is stored now.",
+     "3 the store cannot be saved", DO(save)},
     {"restore", "", 0, {{"KEY", STORE_KEY, 0, 0, "a key that has a restorer"}}, ALL,
      "Runs the restorer of the key, or with --all what a firmware's start runs: every restorer "
      "that the board has, wifi config, wifi start, time zone, time sync on. Boards with serial "
      "number B2 or D1 store 0 for PIR and sound detection, boards 56CA for the orientation.",
      "1 nothing restores the key on this board, 4 something failed", DO(restore), "--all"},
     {"show", "", 0, {{"PREFIX", STORE_KEY, 0, 0, "only keys that begin with it; a single one is "
-                      "shown with what it takes"}}, SHOW_SECRETS,
-     "Prints the keys that the library and the daemons know.",
+                      "shown with what it takes"}}, SHOW_SECRETS | EXPORT,
+     "Prints the keys that the library and the daemons know. --export prints those that are "
+     "stored; what set would refuse and, without --show-secrets, secrets are named behind a #.",
      "1 no key begins so", DO(show), "io_"},
     {"board", "", 0, {}, 0, "Asks the board for its id, serial number and hardware version, and "
      "prints them and the features that its version names.",
@@ -182,10 +209,10 @@ inline constexpr Action ACTIONS[] = {
     {"prompt", "", 1, {{"NAME", PATH, 1, 230, "the file's bare name"}}, 0,
      "Plays the card's recording in the stored language (lang_name), else the one of "
      "/localization, else of /audio. A stored volume of 27 or 0 sets the speaker to 27 first.",
-     "4 not played", DO(prompt), "hello.aac"},
+     "4 there is no such file, or it is not played", DO(prompt), "hello.aac"},
     {"alert", "", 1, {{"FILE", PATH, 1, 225, "the sound's path; .aac, else it is a WAV file"}}, 0,
      "Plays the sound at raised priority, then restores the speaker as stored.",
-     "4 not played, or the speaker not restored", DO(alert_sound), "/audio/alarm.aac"},
+     "4 there is no such file, it is not played, or the speaker not restored", DO(alert_sound), "/audio/alarm.aac"},
     {"privacy", "", 0, {ON_OFF("none: tell")}, NO_SAVE,
      "Tells whether privacy mode is on, or enters or leaves it: stores orb_privacy_mode_enable, "
      "drives motor, LED and lights, posts four messages to the daemons, signals peer connection "
@@ -206,16 +233,17 @@ inline constexpr Action ACTIONS[] = {
                      "left; 0 and then 1 after a change of the upload mode"},
                     {"PARAM", TEXT, 0, 256, "parameter bytes"}}, 0,
      "Posts a message of type 7 on the daemons' queue.", "4 the queue has no room", DO(rec), "7"},
-    {"monitor", "", 0, {}, COUNT,
-     "Takes every message off the daemons' queue and prints it, a line each, until interrupted. "
-     "While it runs, /var/run/monitor.pid names it: receivers that look there step aside.",
+    {"monitor", "", 0, {}, COUNT | ONE_TYPE,
+     "Takes messages away from the daemons and prints each with its time (UTC), a line each, until "
+     "interrupted: the daemons never get them. While it runs, /var/run/monitor.pid names it: "
+     "receivers that look there step aside. It says which process takes messages all the same.",
      "1 the queue cannot be read", DO(monitor), "--count 3"},
     {"events", "", 0, {}, 0, "Lists the pending events, oldest first, and drops none.",
      "1 they cannot be read", DO(events_list)},
-    {"events", "add", 1, {{"TYPE", NUMBER, 0, ANY, "the producer's code, 0 to 4; with one above, a "
-                           "restart refuses all events"}}, 0,
+    {"events", "add", 1, {{"TYPE", NUMBER, 0, ANY, "the producer's code, 0 to 4; one above takes "
+                           "--force, and a restart then refuses all events"}}, FORCE,
      "Adds an event with the present time to the ring, and writes the copy on the card.",
-     "4 the ring is full or cannot be had", DO(events_add), "3"},
+     "2 a type above 4, 4 the ring is full or cannot be had", DO(events_add), "3"},
     {"events", "drop", 1, {{"COUNT", NUMBER, 0, ANY, "how many"}}, 0,
      "Drops the oldest events, or all when there are fewer.",
      "4 the ring cannot be had", DO(events_drop), "1"},
@@ -232,7 +260,8 @@ inline constexpr Action ACTIONS[] = {
      "rest, and says which failed and why. Shows damage, not who made the image.",
      "1 a check failed", DO(firmware_check), "/mnt/sdcard/upgrade/upgrade.bin"},
     {"firmware", "newer", 1, {{"VERSION", TEXT, 1, 63, "such as v5.1.0"}}, 0,
-     "Compares the version with the firmware's own.", "1 it is not newer",
+     "Compares the version with v5.0.44, which the library has built in: what the firmware calls "
+     "itself does not matter.", "1 it is not newer",
      DO(firmware_newer), "v5.1.0"},
     {"firmware", "downloaded", 0, {}, 0,
      "Prints the version of a downloaded image that is newer. Any other download is deleted, so "
@@ -241,13 +270,14 @@ inline constexpr Action ACTIONS[] = {
      "1 not unpacked, or no download", DO(speech)},
     {"crc", "", 1, {{"FILE", FILENAME, 0, 0, "any file"}}, SKIP | LIMIT,
      "Prints the CRC-32 (IEEE 802.3) in hexadecimal.",
-     "1 the file cannot be read", DO(crc), "--skip 64 /mnt/sdcard/upgrade/upgrade.bin"},
+     "1 the file cannot be read, or has no bytes behind those skipped", DO(crc), "--skip 64 /mnt/sdcard/upgrade/upgrade.bin"},
     {"wifi", "config", 0, {}, 0,
      "Writes /etc/wpa_supplicant.conf from wl_ssid and wl_psk, wl1_ssid and so on to 3, and "
      "prints the networks in it. Nothing is written when the supplicant would refuse the file "
      "for one of them: an SSID of more than 32 bytes, a key of 64 characters that are not "
-     "hexadecimal, a control character in a passphrase, a # behind a double quote.",
-     "4 refused, or the file cannot be written", DO(wifi_config)},
+     "hexadecimal, a control character in a passphrase, a # behind a double quote. "
+     "A network whose key is missing or of no known length is left out.",
+     "4 refused, a network left out, or the file cannot be written", DO(wifi_config)},
     {"wifi", "start", 0, {}, 0, "Starts supplicant and DHCP client on the written file, and the "
      "access point when apmode is 1.", "", DO(wifi_control)},
     {"wifi", "stop", 0, {}, 0, "Gives the address back and ends the supplicant.", "",
@@ -267,7 +297,7 @@ inline constexpr Action ACTIONS[] = {
      "Writes /tmp/TZ and /tmp/localtime, tells the relay the zone's name, and prints the TZ "
      "string. It is that of the stored time_zone_str when /etc_ro/time_zone has it; else it is "
      "made from the arguments, or without them from time_zone and time_dst. Stores nothing.",
-     "4 the stored zone is not usable, or /tmp/TZ cannot be written", DO(time_zone), "60 1"},
+     "4 the stored zone is missing or not usable, or /tmp/TZ cannot be written", DO(time_zone), "60 1"},
     {"time", "sync", 1, {ON_OFF("off: only stop")}, 0,
      "Stops ntpd, and starts it with the stored time_server and time_server1.",
      "4 a stored server is not usable", DO(time_sync), "on"},
@@ -374,17 +404,18 @@ inline constexpr Word ALARM_CLOCK[] = {
 
 #define NUMBERS(key, most, meaning) {key, NUMBER, 0, most, meaning}
 #define TEXTS(key, meaning) {key, TEXT, 0, STORED, meaning}
+#define NAMES(key, kind, meaning) {key, kind, 0, STORED, meaning}
 #define SECRETS(key, meaning) {key, SECRET, 0, STORED, meaning}
 #define SWITCH "0 off, any other on"
 #define BY(verb) "cfgctl " verb
 #define DAEMONS "daemons read it"
 #define NETWORK(slot, meaning) \
-    {TEXTS(slot "_ssid", "SSID of " meaning ", at most 32 bytes"), BY("wifi config")}, \
-    {SECRETS(slot "_psk", "its key: none, 5 or 13 characters (WEP), or 8 to 64"), BY("wifi config")}
+    {{slot "_ssid", SSID, 0, 32, "SSID of " meaning}, BY("wifi config")}, \
+    {{slot "_psk", WIFI_KEY, 0, 64, "its key; 5 or 13 characters are WEP's"}, BY("wifi config")}
 
 // The setter and the restorer of NAME, and what they work through.
 #define APPLIED(name, through) \
-    "cfg_set" #name ", " through, DO(cfg_set##name), DO(cfg_restore##name)
+    "cfg_set" #name ", " through, DO(cfg_set##name), RESTORE(cfg_restore##name)
 #define ALERT(key, name) {NUMBERS(key, ANY, SWITCH), APPLIED(name, "nothing")}
 
 // What has a restorer comes in the order of a firmware's start.
@@ -395,7 +426,7 @@ inline constexpr Setting SETTINGS[] = {
     {NUMBERS("io_speaker_enable", ANY, "0 leaves the speaker as it is, any other applies its volume"),
      APPLIED(SpeakerEnable, "speaker volume restorer")},
     {NUMBERS("io_ir_enable", 2, "infrared: 0 off; 1 and 2 are 2 and 3 to the driver"),
-     "cfg_setIrEnable, /proc/ir_mode", DO(set_ir_mode), DO(cfg_restoreIrEnable), 0, nullptr,
+     "cfg_setIrEnable, /proc/ir_mode", DO(set_ir_mode), RESTORE(cfg_restoreIrEnable), 0, nullptr,
      "/proc/ir_mode", "023"},
     {NUMBERS("io_video_orientation", ANY, "0 upright, any other turned"),
      APPLIED(VideoOrientation, "media command")},
@@ -416,10 +447,10 @@ inline constexpr Setting SETTINGS[] = {
     ALERT("alert_chat_enable", AlertChatEnable),
     ALERT("alert_video_call_enable", AlertVideoCallEnable),
     {TEXTS("alert_call_account", "whom a video call goes to"), DAEMONS, nullptr,
-     DO(cfg_restoreAlertVideoCallAccount)},
+     RESTORE(cfg_restoreAlertVideoCallAccount)},
     ALERT("alert_email_enable", AlertEmailEnable),
     {TEXTS("alert_email_account", "whom mail goes to"), DAEMONS, nullptr,
-     DO(cfg_restoreAlertEmailAccount)},
+     RESTORE(cfg_restoreAlertEmailAccount)},
     // A number above INT32_MAX would be stored as a negative one, which reads as off.
     {NUMBERS("orb_privacy_mode_enable", MOST, SWITCH),
      "cfg_set_privacy, messages, commands, signals", DO(cfg_set_privacy), nullptr, 4},
@@ -429,13 +460,13 @@ inline constexpr Setting SETTINGS[] = {
     NETWORK("wl3", "the fourth network"),
     {NUMBERS("apmode", 1, "1: an access point too, for 20 minutes after boot"), BY("wifi start")},
     {NUMBERS("orb_setup", 1, "0: first setup is not finished"), BY("wifi config")},
-    {TEXTS("app_ip", "BSSID that the primary network is pinned to in first setup"), BY("wifi config")},
-    {TEXTS("time_zone_str", "the zone's name, such as Europe/Oslo"), BY("time zone")},
+    {{"app_ip", BSSID, 0, 17, "access point that the primary network is pinned to in first setup"}, BY("wifi config")},
+    {NAMES("time_zone_str", ZONE, "the zone's name, such as Europe/Oslo"), BY("time zone")},
     {{"time_zone", NUMBER, -DAY, DAY, "minutes east of Greenwich, for a zone without a name"}, BY("time zone")},
     {NUMBERS("time_dst", 1, "1: that zone has daylight saving"), BY("time zone")},
-    {TEXTS("time_server", "first time server"), BY("time sync")},
-    {TEXTS("time_server1", "second time server"), BY("time sync")},
-    {TEXTS("lang_name", "language of the prompts, such as en"), BY("prompt, speech")},
+    {NAMES("time_server", SERVER, "first time server"), BY("time sync")},
+    {NAMES("time_server1", SERVER, "second time server"), BY("time sync")},
+    {{"lang_name", PATH, 0, 15, "language of the prompts, such as en"}, BY("prompt, speech")},
     {TEXTS("speech_version", "version of the prompts"), BY("speech")},
     {NUMBERS("cifs_mode", 3, "upload: 0 off, 1 on, 2 on and told of events, 3 left to itself"), BY("upload config")},
     {TEXTS("cifs_user", "the share's user"), BY("upload config")},
@@ -443,9 +474,9 @@ inline constexpr Setting SETTINGS[] = {
     {TEXTS("cifs_target", "the share"), BY("upload config")},
     {TEXTS("cifs_size", "the upload daemon's own"), BY("upload config")},
     {TEXTS("gdu_account", "account that the upload daemon is sent"), BY("upload config")},
-    {TEXTS("alert_file", "the alert sound"), BY("sound alert")},
-    {TEXTS("alarm_audio", "the alarm sound"), BY("sound alarm")},
-    {TEXTS("greeting_audio", "the greeting"), BY("sound greeting")},
+    {NAMES("alert_file", PATH, "the alert sound"), BY("sound alert")},
+    {NAMES("alarm_audio", PATH, "the alarm sound"), BY("sound alarm")},
+    {NAMES("greeting_audio", PATH, "the greeting"), BY("sound greeting")},
     {NUMBERS("greeting_enable", 1, "1: the greeting is the alert sound"), BY("sound greeting")},
     {NUMBERS("alert_vol", 2, "the alert volume"), BY("sound volume")},
     {{"nimbus_enable", NUMBER, LEAST, MOST, "1 on, any other off"}, BY("feature nimbus")},
@@ -459,7 +490,7 @@ inline constexpr Setting SETTINGS[] = {
     {{"media_server_enable", NUMBER, LEAST, MOST, "the media server's own"}, BY("feature media_server")},
     {{"media_server_auth", NUMBER, LEAST, MOST, "likewise"}, BY("feature media_server")},
     {{"kurento_max_video_level", NUMBER, LEAST, MOST, "likewise"}, BY("feature media_server")},
-    {TEXTS("motor_zones", "{A,B}{C,D,E,F}"), DAEMONS},
+    {NAMES("motor_zones", AREAS, "zones of the motor"), DAEMONS},
     {NUMBERS("alert_face_enable", 1, "face detection"), DAEMONS},
     {NUMBERS("nn_enable", ANY, "detection by neural network, of the image"), DAEMONS},
     {NUMBERS("sound_nn_enable", ANY, "of sound"), DAEMONS},

@@ -26,7 +26,7 @@ static void print_config(Call &call)
     smbu_get_config(texts[0], 256, texts[1], 256, texts[2], 256, texts[3], 256, &mounted);
     size_t i = 0;
     for (const char *name : {"user", "target", "mode", "size"})
-        call.data[name] = texts[i++];
+        call.data[name] = is(name, "mode") ? number_or_null(texts[i++]) : Json(texts[i++]);
     call.data["mounted"] = mounted != 0;
 }
 
