@@ -13,9 +13,9 @@
  *
  * 2. Reports. A failure is reported on standard output as one line,
  *    "[FUNCTION LINE] TEXT", with the name of the reporting function and its
- *    source line, through the caller's own stdio. Texts in double quotes below
- *    are what follows the bracket. A report that goes to standard error says
- *    so. There are no log levels and no log file.
+ *    source line, through the caller's own stdio. Below, double quotes hold the
+ *    TEXT, and keys and commands too. A report that goes to standard error says
+ *    so. A function prints only what its text names. There is no log file.
  *
  * 3. Settings. Values live in the parameter store as text. A setter
  *    (cfg_set...) applies a value to the device and leaves the store alone. A
@@ -25,9 +25,9 @@
  *    setters. Only cfg_saveMicEnable commits the store: after any other change
  *    the caller calls param_save itself.
  *
- * 4. Stored numbers. Decimal text, of which 255 characters count where a
- *    function does not name fewer. Trailing characters are ignored ("1x" is 1)
- *    and text without digits is 0. Restorers of settings read unsigned 32
+ * 4. Stored numbers. Decimal text, of which 255 characters count unless a
+ *    function names fewer. Trailing characters are ignored ("1x" is 1) and text
+ *    without digits is 0. Restorers, except the time zone's, read unsigned 32
  *    bits: a number beyond them becomes 4294967295, and a minus negates modulo
  *    2^32 ("-1" is 4294967295, "-4294967295" is 1). All others read an int: a
  *    number beyond it becomes the nearest one. A 64-bit desk reads the same.
@@ -52,11 +52,11 @@
  *    process that ignores SIGCHLD does not learn how a command ended, which
  *    cfg_startWiFi asks for.
  *
- * 8. Memory. Every buffer is the caller's or lives in the called function's
- *    frame (under 2 KB, but for the viewer list). Only str_replace allocates
- *    for the caller; setting the time zone allocates for the length of the
- *    call, as do the C library's own streams while they are open. No
- *    descriptor stays open but one of cfg_killProcess.
+ * 8. Memory. Every buffer is the caller's or is in the called function's frame
+ *    (under 2 KB, but for the viewer list). Only str_replace allocates for the
+ *    caller. During a call, the time zone's setter allocates, and so does the C
+ *    library for streams and the list of interfaces. cfg_killProcess leaves one
+ *    descriptor open, all others none.
  *
  * The firmware supplies the platform functions declared in platform/.
  */
@@ -99,16 +99,15 @@ extern "C" {
  *         (carriage return or line feed)
  * size    bytes to read at most
  *
- * The text is not terminated when the file has no line end: pass a zero-filled
- * buffer and its size less one. One read; never blocks on a healthy card.
- * Returns 0, or -1 when the file cannot be opened (buffer untouched). Prints
- * nothing.
+ * The text is not terminated when the file has no line end: pass a zeroed
+ * buffer and its size less one. Returns 0, or -1 when the file cannot be opened
+ * (buffer untouched).
  */
 CFG_API int get_from_lang_file(char *buffer, size_t size);
 
 /*
  * Whether `path` can be opened for reading: 1 or 0. NULL gives 0. A folder
- * counts as readable. Prints nothing.
+ * counts as readable.
  */
 CFG_API int file_check(const char *path);
 
@@ -176,11 +175,11 @@ CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
 /*
  * Switches the microphone.
  *
- * value  1 on: runs "demo_MXSetMicMute_ 0", waits 50 ms, runs
- *        "demo_MXSetMicVol_ 60"; 0 off: runs "demo_MXSetMicMute_ 1"
+ * value  1 on: runs "demo_MXSetMicMute_ 0", waits 50 ms (signals do not shorten
+ *        it), runs "demo_MXSetMicVol_ 60"; 0 off: runs "demo_MXSetMicMute_ 1"
  *
  * Returns 0; -1 after "invalid value[VALUE]" for any other value, with nothing
- * run. Blocks for the commands and the wait.
+ * run.
  */
 CFG_API int cfg_setMicEnable(uint32_t value);
 
@@ -207,7 +206,7 @@ CFG_API int cfg_restoreMicEnable(void);
  *         "demo_MXSetSpeakerVol_ LEVEL" with level 35 for 23, 50 for 31 and 40
  *         for all others
  *
- * Always returns 0. Prints nothing.
+ * Always returns 0.
  */
 CFG_API int cfg_setSpeakerVolume(uint32_t volume);
 
@@ -228,8 +227,7 @@ CFG_API int cfg_restoreSpeakerVolume(void);
 CFG_API int cfg_setSpeakerEnable(uint32_t value);
 
 /*
- * Applies the stored "io_speaker_enable" with cfg_setSpeakerEnable; an empty
- * value counts as 0.
+ * Applies the stored "io_speaker_enable" with cfg_setSpeakerEnable.
  * Returns 0; -1 after "param_get fail" or "cfg_setSpeakerEnable fail".
  */
 CFG_API int cfg_restoreSpeakerEnable(void);
@@ -237,7 +235,7 @@ CFG_API int cfg_restoreSpeakerEnable(void);
 /*
  * Tells the peer-connection watchdog that two-way audio was switched: runs
  * "killall -SIGUSR1 peerconn_watchdog", the same for every value.
- * Always returns 0. Prints nothing.
+ * Always returns 0.
  */
 CFG_API int cfg_set2WayAudioEnable(uint32_t value);
 
@@ -263,12 +261,12 @@ CFG_API int cfg_setSkypeNoiseSuppressorEnable(uint32_t value);
  * that needs it is passed over.
  *
  * A stored "io_speaker_volume" of 27, 0, or one that cannot be read first sets
- * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. It is
- * read as an int, from at most 7 characters. The level is not put back.
+ * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. At most
+ * 7 characters of it count. The level is not put back.
  *
  * Blocks until playback ends, then for one second. Returns the rest of that
  * second when a signal cut it short, in whole seconds, else 0; -1 after
- * "invalid name" when the name is none of these, with nothing run. When
+ * "invalid name" for NULL and any other name, with nothing run. When
  * /proc/mounts cannot be read the card counts as not mounted, and
  * "sdcard_mounted:LINE error opening /proc/mounts..." goes to standard error.
  */
@@ -283,8 +281,8 @@ CFG_API int voice_prompt(const char *name);
  * Prints "alert<TAB>LINE cmd COMMAND" (without a bracket) and runs COMMAND,
  * "nice -n -20 demo_MXAacPlayer_ PATH" or "nice -n -20 demo_MXWavPlayer_ PATH".
  * Blocks until playback ends, then for one second.
- * Returns the result of cfg_restoreSpeakerEnable; -1 after "invalid path" when
- * the path is none of these, with nothing run.
+ * Returns the result of cfg_restoreSpeakerEnable; -1 after "invalid path" for
+ * NULL and any other path, with nothing run.
  */
 CFG_API int alert(const char *path);
 
@@ -327,8 +325,8 @@ CFG_API int cfg_setVolumeDetectSensitivity(uint32_t level);
  * Apply the stored "alert_pir_enable" with cfg_setPirEnable and the stored
  * "alert_audio_enable" with cfg_setVolumeDetect. A board whose serial number
  * reads exactly B2 or D1 cannot have them on: 0 is then stored (not committed)
- * and applied. Any other board, also one that cannot be queried, applies what
- * is stored. Block for the board query.
+ * and applied. Any other board applies what is stored, also, after
+ * cfg_getBoardInfo's report, one that cannot be queried.
  * Return 0; -1 after "param_get fail" or "cfg_setPirEnable fail",
  * "cfg_setVolumeDetect fail".
  */
@@ -344,8 +342,8 @@ CFG_API int cfg_restoreVolumeDetect(void);
 CFG_API int cfg_restoreVolumeDetectSensitivity(void);
 
 /*
- * Alert channels live in the store alone; the daemons read them there. These
- * do nothing and return 0 for every value (an account may be NULL).
+ * Alert channels live in the store alone. These do nothing and return 0 for
+ * every value (an account may be NULL).
  */
 CFG_API int cfg_setMotionTrackEnable(uint32_t value);
 CFG_API int cfg_setAlertAppEnable(uint32_t value);
@@ -393,9 +391,9 @@ CFG_API int cfg_restoreAlertEmailAccount(void);
  * Sets the infrared illumination.
  *
  * mode  0, 1 or 2 writes "0", "2" or "3", with its NUL, to /proc/ir_mode; any
- *       other opens the file and writes nothing
+ *       other opens the file with truncation and writes nothing
  *
- * Always returns 0, also when the file cannot be opened. Prints nothing.
+ * Always returns 0, also when the file cannot be opened.
  */
 CFG_API int cfg_setIrEnable(int mode);
 
@@ -406,29 +404,29 @@ CFG_API int cfg_setIrEnable(int mode);
 CFG_API int cfg_restoreIrEnable(void);
 
 /*
- * What /proc/ir_mode reads (the driver's number: 0, 2 or 3); 2 when it cannot
- * be opened. Prints nothing.
+ * What /proc/ir_mode reads, of which 31 characters count (the driver's number:
+ * 0, 2 or 3); 2 when it cannot be opened.
  */
 CFG_API int ir_mode(void);
 
 /*
  * The hardware version: the hexadecimal number at the start of what
  * "board hwver" prints, of which 15 characters count. 0 when it prints nothing
- * or cannot be started. Blocks until the command ends; prints nothing.
+ * or cannot be started. Blocks until the command ends.
  */
 CFG_API uint32_t cfg_get_hw_ver(void);
 
 /*
- * Turns the image: runs "demo_MXTurnVideo_ 3 &" for 0 and
+ * Orients the image: runs "demo_MXTurnVideo_ 3 &" for 0 and
  * "demo_MXTurnVideo_ 0 &" for any other value. Does not wait for the command.
- * Always returns 0. Prints nothing.
+ * Always returns 0.
  */
 CFG_API int cfg_setVideoOrientation(uint32_t value);
 
 /*
  * Applies the stored "io_video_orientation" with cfg_setVideoOrientation; on
  * boards of hardware version 56CA stores 0 there first (not committed).
- * Returns 0; -1 after "param_get fail". Blocks for the board query.
+ * Returns 0; -1 after "param_get fail".
  */
 CFG_API int cfg_restoreVideoOrientation(void);
 
@@ -436,7 +434,7 @@ CFG_API int cfg_restoreVideoOrientation(void);
  * Switches backlight compensation (0 off, anything else on) with two commands:
  * one writes 1 or 0 to /proc/backlight, one sets saturation, dynamic range and
  * contrast of the image processor under /proc/isp320.
- * Always returns 0. Prints nothing of its own.
+ * Always returns 0.
  */
 CFG_API int cfg_setBacklightCompensation(uint32_t value);
 
@@ -449,22 +447,20 @@ CFG_API int cfg_restoreBacklightCompensation(void);
 
 /*
  * Switches night mode: writes the character 1 to /proc/night_mode, 0 for an
- * `on` of 0. Always returns 0, also when the file cannot be opened. Prints
- * nothing.
+ * `on` of 0. Always returns 0, also when the file cannot be opened.
  */
 CFG_API int night_mode(uint32_t on);
 
 /*
- * What /proc/night_mode and /proc/light_sensor read; 0 when they cannot be
- * opened. Print nothing.
+ * What /proc/night_mode and /proc/light_sensor read, of which 31 characters
+ * count; 0 when they cannot be opened.
  */
 CFG_API int in_night_mode(void);
 CFG_API int light_sensor(void);
 
 /*
  * Whether the board has the WLED (bit 4 of the hardware version) and the Rlamp
- * (bit 6). Each runs "board hwver" and returns 1 or 0; 0 after
- * cfg_getBoardInfo's report when the board cannot be queried.
+ * (bit 6): answered as cfg_is_slip_ring_model answers.
  */
 CFG_API int cfg_isWLEDVersion(void);
 CFG_API int cfg_isRlampVersion(void);
@@ -490,7 +486,7 @@ CFG_API int cfg_setWLEDEnable(uint32_t mode);
 /*
  * Applies the stored "wled_mode" with cfg_setWLEDEnable.
  * Returns 0; -1 after "param_get fail", and without a report of its own when
- * the board has no WLED.
+ * the board has no WLED or cannot be queried.
  */
 CFG_API int cfg_restoreWLEDEnable(void);
 
@@ -515,13 +511,13 @@ CFG_API int cfg_setRlampEnable(uint32_t mode);
 /*
  * Applies the stored "rlamp_mode" with cfg_setRlampEnable.
  * Returns 0; -1 after "param_get fail", and without a report of its own when
- * the board has no Rlamp.
+ * the board has no Rlamp or cannot be queried.
  */
 CFG_API int cfg_restoreRlampEnable(void);
 
 /*
  * Whether the status LED is switched off: the first character of the stored
- * "led_disable" as a number, 0 when it cannot be read. Prints nothing.
+ * "led_disable" as a number, 0 when it cannot be read.
  */
 CFG_API int cfg_isLEDDisabled(void);
 
@@ -534,8 +530,9 @@ CFG_API int cfg_isLEDDisabled(void);
  *
  * on  0 leave, anything else enter; callers pass 1
  *
- * Does nothing when "orb_privacy_mode_enable" is stored as this number.
- * Otherwise stores it there (not committed), then, in this order:
+ * Does nothing when the stored "orb_privacy_mode_enable" is this number (31
+ * characters of it count; one that cannot be read is 0). Otherwise stores it
+ * there (not committed), then, in this order:
  *
  *     entering                               leaving
  *     cfg_setPrivacyEvent(1)                 cfg_setPrivacyEvent(0)
@@ -548,7 +545,7 @@ CFG_API int cfg_isLEDDisabled(void);
  *     "killall -SIGHUP peerconn"             "killall -SIGPROF peerconn"
  *     "killall AudioPlayback"
  *     "killall -SIGUSR2 ffplay"
- * and when the stored "continus_take_pic" is not 0
+ * and when the stored "continus_take_pic" (15 characters count) is not 0
  *     "killall -37 capture"                  "killall -35 ctrl_sched"
  *     "killall -41 eventd"
  *
@@ -556,18 +553,16 @@ CFG_API int cfg_isLEDDisabled(void);
  * across processes: the others wait at the semaphore with key 0xDEF1 until the
  * whole change is done. Without the semaphore the change goes ahead unlocked.
  *
- * Always returns 0. A step's "cfg_setPrivacyEvent fail" goes to standard
- * output, "cfg_setRec fail", "cfg_setPirPrivacyMode fail" and
- * "cfg_setVolumeDetectPrivacyMode fail" to standard error, each after the
- * step's own reports on standard output. What the semaphore refuses is told on
- * standard error as with the event queue. Blocks for the commands.
+ * Always returns 0. Each step makes its own reports. "cfg_setPrivacyEvent fail"
+ * then goes to standard output; "cfg_setRec fail", "cfg_setPirPrivacyMode fail"
+ * and "cfg_setVolumeDetectPrivacyMode fail" go to standard error. Failures of
+ * the semaphore are reported as with the event queue.
  */
 CFG_API int cfg_set_privacy(uint32_t on);
 
 /*
  * Whether privacy mode is on: the first character of the stored
- * "orb_privacy_mode_enable" as a number, 0 when it cannot be read. Prints
- * nothing.
+ * "orb_privacy_mode_enable" as a number, 0 when it cannot be read.
  */
 CFG_API int cfg_isPrivacyMode(void);
 
@@ -575,8 +570,8 @@ CFG_API int cfg_isPrivacyMode(void);
  * Settings: probes
  *
  * Quick answers about the camera's state. A source that is missing gives the
- * fallback named; text without digits counts as 0. Nothing is printed unless
- * it is said here.
+ * fallback named; text without digits counts as 0. 31 characters of a line
+ * count, and 32 of the files of valid events.
  * ====================================================================== */
 
 /*
@@ -606,9 +601,9 @@ CFG_API int CheckFixCaptureSatus(void);
 
 /*
  * Whether the neural-network detectors of image and sound are enabled: the
- * number that "param get nn_enable" and "param get sound_nn_enable" print; 0
- * when they print none or cannot be started. Block until the command ends;
- * what it says on standard error is passed on.
+ * number that "param get nn_enable" and "param get sound_nn_enable" print, of
+ * which 63 characters count; 0 when they print none or cannot be started. Block
+ * until the command ends, whose standard error is the caller's.
  */
 CFG_API int is_nn_enable(void);
 CFG_API int is_sound_nn_enable(void);
@@ -628,9 +623,9 @@ CFG_API int activity_zones_state(int write, int value);
 
 /*
  * Switches the check of the face detection hardware to what the motor zones
- * allow. The stored "motor_zones" has the form {A,B}{C,D,E,F}. With any of C to
- * F not 0 it runs "GMCtrl c 0"; with all 0, and "alert_face_enable" stored as
- * exactly "1", "GMCtrl c 1"; otherwise nothing.
+ * allow. The stored "motor_zones" begins with the form {A,B}{C,D,E,F. With any
+ * of C to F not 0 it runs "GMCtrl c 0"; with all 0, and "alert_face_enable"
+ * stored as exactly "1", "GMCtrl c 1"; otherwise nothing.
  *
  * Always returns 0. Nothing runs when "motor_zones" cannot be read, or after
  * "sscanf value fail " on standard error (without a bracket) when it has
@@ -646,8 +641,8 @@ CFG_API int disable_face_hw_check(void);
  * the whole ring in /mnt/sdcard/video/.event is written anew after every
  * change. One lock (semaphore 0x20130001) is held for the whole of a call, so
  * every call blocks while another process is in one, and for the card. A
- * signal does not end the wait; each prints "error getting semaphore." on
- * standard error.
+ * signal that is handled does not end the wait, but each prints "error getting
+ * semaphore." on standard error.
  *
  * The first call after a restart makes lock and ring and loads the copy. A
  * copy is refused as a whole when it is short, when head, tail and count do
@@ -686,8 +681,8 @@ CFG_API int disable_face_hw_check(void);
  * - between the making of the semaphore and its first value, a moment of that
  *   same call: a lock that stays taken, until "ipcrm -S 0x20130001" removes
  *   it. Two processes in that moment may also both get the lock, and leave it
- *   with room for two at once until one of them ends. So let one process make
- *   the first call before it starts the others.
+ *   with room for two at once until the one that locked first ends. So let one
+ *   process make the first call before it starts the others.
  * ====================================================================== */
 
 #define EVENT_QUEUE_SIZE 512 /* events that the ring holds */
@@ -737,8 +732,8 @@ CFG_API int cfg_dequeueAllEvent(void);
  * index  0 for the oldest event, 1 for the next, ...
  * event  receives it; a failure leaves it as it was
  *
- * Returns 0; -1 when there is no such event (prints nothing), when lock or
- * ring cannot be had, or after "event buffer is null".
+ * Returns 0; -1 when there is no such event, when lock or ring cannot be had,
+ * or after "event buffer is null".
  */
 CFG_API int cfg_getEvent(uint32_t index, struct EventQueueEntry *event);
 
@@ -773,9 +768,10 @@ CFG_API uint8_t cfg_getDeviceStatus(void);
 
 /*
  * The upload daemon smbu copies recordings to a network share. It is told what
- * to do by signals on the System V queue with key 0x20130005 and by account
- * records on the queue with key 0x20130003. The first post makes a queue, with
- * permissions 0666; a post never waits, and one that does not fit is lost.
+ * to do by signals on the System V queue with key 0x20130005. Account records
+ * are posted on the queue with key 0x20130003; who takes them is not known here.
+ * The first post makes a queue, with permissions 0666; a post never waits, and
+ * one that does not fit is lost.
  *
  * A signal is a `long` type, the code, and 4 bytes: time() in seconds.
  *     1 wake up           2 new event
@@ -785,8 +781,9 @@ CFG_API uint8_t cfg_getDeviceStatus(void);
  *     at 12   the stored "gdu_account", at most 255 characters
  *
  * "cifs_mode" is a digit: 0 off; 1 on; 2 on, and told of events; 3 left to
- * itself, neither started nor woken from here. Nothing is reported: what the
- * store or a queue refuses is passed over.
+ * itself, neither started nor woken from here. What the store or one of these
+ * queues refuses is passed over without a report. Functions whose text names no
+ * result return 0.
  */
 
 /*
@@ -806,21 +803,18 @@ CFG_API int smbu_exist(void);
  * Wakes the daemon with signal 1; in mode 0 or 3 does nothing. One that does
  * not run is started first with "smbu", which blocks until the daemon has put
  * itself in the background, and given a second.
- * Always returns 0.
  */
 CFG_API int smbu_wake_up(void);
 
 /*
  * Tells the daemon of a new event with signal 2, in mode 2 only. Starts it as
  * smbu_wake_up does.
- * Always returns 0.
  */
 CFG_API int smbu_event_notify(void);
 
 /*
  * Sends a running daemon signal 6 and waits one second. It need not have ended
  * by then.
- * Always returns 0.
  */
 CFG_API int smbu_force_stop(void);
 
@@ -831,11 +825,11 @@ CFG_API int smbu_force_stop(void);
  *         texts for "cifs_user", "cifs_pass", "cifs_target", "cifs_mode" and
  *         "cifs_size", stored as they are; NULL leaves a setting as it was
  *
- * A running daemon is stopped before it is given another user, pass or target:
- * by signal 5 when `mode` is a text of the value 0, else by 6. Until it has
- * ended, without limit, "Wait smbu is terminated" (no bracket) is printed once
- * a second. Without `mode` it is then started again, unless the old mode was 0
- * or 3.
+ * When `user`, `pass` or `target` is given, changed or not, a running daemon is
+ * stopped after they are stored: by signal 5 when `mode` is a text of the value
+ * 0, else by 6. Until it has ended, without limit, "Wait smbu is terminated" (no
+ * bracket) is printed once a second. Without `mode` it is then started again,
+ * unless the old mode was 0 or 3.
  *
  * A `mode` that is neither NULL nor empty is then applied:
  *     1, 2         posts the account record; a running daemon is sent 7
@@ -843,10 +837,9 @@ CFG_API int smbu_force_stop(void);
  *     not 0 or 3   starts a daemon that does not run, and sends it 7 when the
  *                  old mode was 0
  * A change to or from mode 2 is told to the recorder: cfg_setRec with command
- * 0, then 1, both without parameters.
+ * 0, then 1, both without parameters. Nothing else makes reports here.
  *
  * Every start runs "smbu &", waits one second and ends with signal 8.
- * Always returns 0.
  */
 CFG_API int smbu_set_config(const char *user, const char *pass, const char *target,
                             const char *mode, const char *size);
@@ -855,13 +848,11 @@ CFG_API int smbu_set_config(const char *user, const char *pass, const char *targ
  * Reads the stored settings but the password, and whether the share is mounted.
  *
  * user, target, mode, size
- *          each with the bytes it has room for; a longer value is cut. NULL or
- *          a length below 1: not wanted. One that cannot be read stays as it
- *          was.
+ *          each with the bytes it has room for; the store cuts a longer
+ *          value. NULL or a length below 1: not wanted. One that cannot be
+ *          read stays as it was.
  * mounted  receives 1 when "cat /proc/mounts | grep /mnt/cifs" prints anything,
  *          else 0; NULL: not wanted
- *
- * Always returns 0.
  */
 CFG_API int smbu_get_config(char *user, int user_len, char *target, int target_len, char *mode,
                             int mode_len, char *size, int size_len, int *mounted);
@@ -870,8 +861,8 @@ CFG_API int smbu_get_config(char *user, int user_len, char *target, int target_l
  * Leaves the daemon a job: to recover the recording `path` (with a "/"). The
  * job is an empty file (0644), /mnt/sdcard/video/.smbu/NAME.rcy, with the
  * recording's name up to its last "."; for a name without one it is
- * /mnt/sdcard/video/.rcy. The folder is not made here. The path is cut at 127
- * characters before its "." is looked for.
+ * /mnt/sdcard/video/.rcy. The folder is not made here. The job's path, with the
+ * whole name, is cut at 127 characters before its last "." is looked for.
  *
  * Returns 0, also when the job is there already; -1 when it cannot be made, when
  * `path` is NULL or has no "/", or when the cut leaves no room for ".rcy".
@@ -953,9 +944,8 @@ CFG_API int cfg_check_eth_support_by_hwver(void);
  * checksum is right but ferror says that a read failed, now or before the call.
  *
  * Runs the board query. Reads the header twice and the file once, 512 bytes at
- * a time; blocks until that is done. A caller that gives the stream a buffer of
- * 64 KB (setvbuf, before the call and any reading) has a 16 MB image checked
- * 1.1 to 1.2 times as fast.
+ * a time; blocks until that is done. With a stream buffer of 64 KB (setvbuf
+ * before any reading) a 16 MB image is checked 1.1 to 1.2 times as fast.
  */
 CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
 
@@ -973,7 +963,8 @@ CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
  * when the id is of another model ("model[MODEL] not found"), has no "h" behind
  * the model ("invalid board format") or a byte that is not ASCII ("non-ascii
  * char[BYTE]"), or when the board's model takes 16 characters
- * ("dwBufSize[16] not enough"). Runs the board query.
+ * ("dwBufSize[16] not enough"). It is also 0, without a report, when no
+ * hexadecimal digit follows the "h". Runs the board query.
  */
 CFG_API int cfg_checkBoardId(const void *pbHeader);
 
@@ -1040,7 +1031,7 @@ CFG_API int cfg_killProcess(void);
 
 /*
  * Whether audio is playing: 0 yes, -1 no. It is while /tmp/play_status is there
- * and not empty. Prints nothing.
+ * and not empty.
  */
 CFG_API int cfg_isPlayingMusic(void);
 
@@ -1048,7 +1039,7 @@ CFG_API int cfg_isPlayingMusic(void);
  * Whether `version` is newer than this firmware's base version, "v5.0.44": 0
  * yes, -1 no (equal, older or not a version). A version is "v" and three
  * decimal integers with dots between them; what follows is ignored, and a
- * number that no int holds counts as the nearest one. Prints nothing.
+ * number that no int holds counts as the nearest one.
  */
 CFG_API int cfg_isNewVersion(const char *version);
 
@@ -1063,7 +1054,7 @@ CFG_API int cfg_isNewVersion(const char *version);
  *              no; may be NULL
  * size         bytes of it; 64 hold every version, 0 writes nothing
  *
- * Returns 0 yes, -1 no. Prints nothing.
+ * Returns 0 yes, -1 no.
  */
 CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
 
@@ -1081,9 +1072,11 @@ CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
  *
  * Returns -1 after "sTarPath have be remove. To sure really tar finished " (the
  * text ends with a blank) when the download is there and unpacked. Returns 0
- * when there is no download, and, after "download ok but tar is fail, Need
- * again", when its unpacking did not end. An empty stored version is reported
- * as "Can not get  SPEECH_VERSION", without the blank behind the bracket.
+ * when there is no download, when the language cannot be read, and, after
+ * "download ok but tar is fail, Need again", when its unpacking did not end. An
+ * empty stored version is reported as "Can not get  SPEECH_VERSION", without the
+ * blank behind the bracket; one that cannot be read is taken as empty
+ * without a report.
  */
 CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
 
@@ -1110,7 +1103,7 @@ CFG_API int cfg_restoreWiFiConfig(void);
 
 /*
  * Whether `key` has the form of a WEP key: 5 or 13 characters, or 10 or 26
- * hexadecimal digits. 1 or 0; NULL gives 0. Prints nothing.
+ * hexadecimal digits. 1 or 0; NULL gives 0.
  */
 CFG_API int could_be_wep(const char *key);
 
@@ -1122,7 +1115,7 @@ CFG_API int could_be_wep(const char *key);
  *       What follows them is ignored, a missing one counts as 0
  *
  * Returns 1; 0 (text unchanged) when it is NULL, begins with "0", has no ":",
- * or holds a number above ff or nothing but zeros. Prints nothing.
+ * or holds a number above ff or nothing but zeros.
  */
 CFG_API int validate_bssid(char *text);
 
@@ -1151,7 +1144,7 @@ CFG_API int validate_bssid(char *text);
  * with all its networks, for one SSID of more than 32 bytes, one passphrase
  * with a control character or one raw key that is not hexadecimal; a "#" behind
  * an odd number of double quotes begins a comment for it. Whoever stores
- * networks checks that. Prints nothing.
+ * networks checks that.
  */
 CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const char *key,
                                    const char *bssid);
@@ -1166,7 +1159,7 @@ CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const 
 
 /*
  * Takes the station link down: runs "/etc_ro/udhcpc.kill wlan0" and
- * "killall wpa_supplicant". Takes no lock. Prints nothing.
+ * "killall wpa_supplicant". Takes no lock.
  */
 CFG_API int cfg_stopWiFi(void);
 
@@ -1180,7 +1173,7 @@ CFG_API int cfg_stopWiFi(void);
  * A hostapd that runs already, or cannot be asked for, is left alone:
  * "cfg_startWiFi:LINE hostapd alreay started." on standard error. A caller that
  * ignores SIGCHLD can never ask, and so never starts an access point.
- * Takes no lock. Blocks for two seconds and the commands. Returns 0.
+ * Takes no lock. Blocks for two seconds and the commands.
  */
 CFG_API int cfg_startWiFi(void);
 
@@ -1191,7 +1184,7 @@ CFG_API int cfg_startWiFi(void);
  * Holds the System V semaphore with key 0xDEF, so that no two processes reset
  * or restart the link at once: waits for it as long as another has it, and
  * goes on without it when there is none to be had (reported on standard error).
- * Blocks for some three seconds more when the radio is reset. Returns 0.
+ * Blocks for some three seconds more when the radio is reset.
  */
 CFG_API int cfg_resetWiFi(void);
 
@@ -1199,7 +1192,7 @@ CFG_API int cfg_resetWiFi(void);
  * Stops the link, resets the radio as cfg_resetWiFi does, waits 5 seconds and
  * starts the link, all under the same semaphore. Does nothing while a live
  * stream runs (/proc/live_streaming begins with "1"). Blocks for some ten
- * seconds and the wait for the semaphore. Returns 0.
+ * seconds and the wait for the semaphore.
  */
 CFG_API int cfg_restartWiFi(void);
 
@@ -1209,7 +1202,7 @@ CFG_API int cfg_restartWiFi(void);
  *
  * delay_seconds  before the signal; 0 or less: at once
  *
- * Returns 0, without waiting. Prints nothing.
+ * Returns 0, without waiting.
  */
 CFG_API int cfg_restart_peerconn(int delay_seconds);
 
@@ -1373,13 +1366,12 @@ CFG_API int alarm_check_config(int count, const struct alarm_clock_entry *list);
 /*
  * As sched_set_config, with clock00 to clock06 and "killall -SIGUSR1  alarm",
  * for the alarm daemon. What is stored of an entry is cut at 511 characters.
- * Always returns 0.
  */
 CFG_API int alarm_set_config(int count, const struct alarm_clock_entry *list);
 
 /*
  * As sched_get_config. A text may hold commas; an empty one leaves `text` as it
- * was. Always returns 0.
+ * was.
  */
 CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
 
@@ -1400,7 +1392,7 @@ CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
  *
  * No lock is held over reading and storing the list: of two changes at once one
  * can be lost. Reports of these functions begin "[cfg_set FUNCTION LINE] ". They
- * hold passcodes and credentials. Some 4 KB of stack are used.
+ * hold passcodes and credentials. Adding and deleting take over 5 KB of stack.
  */
 struct viewer_entry { /* 355 bytes, without gaps */
     char name[256];   /* what tells viewers apart; upper and lower case differ */
@@ -1439,7 +1431,8 @@ CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
  * Returns 0 after "add new viewer to nvram n = COUNT", COUNT being how many
  * there were, and "add new viewer to relay server db."; before the latter
  * "add new viewer to relay failed." when the relay refuses, which leaves the
- * viewer in the store.
+ * viewer in the store. When the store refuses, after viewer_set_config's report,
+ * the relay is told all the same and the result is 0.
  *
  * Nothing is stored or told, and the result is
  *     0 after "viewer has been in viewerlist": one of the name is kept as it is
@@ -1461,7 +1454,8 @@ CFG_API int viewer_add_config(const struct viewer_entry *entry);
  * when the relay refuses, which keeps nobody in the store. Then
  * "clear viewer  in nvram:KEY" for each key, or "viewer has not been in
  * viewerlist:COUNT" when nobody has the name. A viewer that stays goes back as
- * far as it fits. Always returns 0.
+ * far as it fits; a store that refuses can lose those that stay. Always
+ * returns 0.
  */
 CFG_API int viewer_del_config(const struct viewer_entry *entry);
 
@@ -1505,8 +1499,8 @@ CFG_API int alert_file_get_config(char *dst, size_t size);
 
 /*
  * Chooses the greeting, "greeting_audio". Prints "sValue=[VALUE]" with the
- * stored "greeting_enable" when that can be read; when it is not 0 the greeting
- * becomes the alert sound too.
+ * stored "greeting_enable" (7 characters count) when that can be read; when it
+ * is not 0 the greeting becomes the alert sound too.
  */
 CFG_API int greeting_file_set_config(const char *path);
 
@@ -1559,9 +1553,8 @@ CFG_API char *str_replace(const char *text, const char *old, const char *replace
 
 /*
  * Settings of features that daemons act on, stored as decimal text. All
- * functions return 0, whatever happened. Setters store every key even after
- * "param_set fail" for one before; getters read every key even after
- * "param_get fail" for one before.
+ * functions return 0. After "param_set fail" or "param_get fail" for one key
+ * they go on with the next.
  */
 
 /*
@@ -1574,8 +1567,6 @@ CFG_API int nimbus_set_config(int enable, const char *folderid);
  * enable    receives 1 when the stored text is just "1", else 0
  * folderid  256 bytes; receives the stored text, empty when there is none
  * status    receives the number in the first line of /tmp/.gdustatus, else 0
- *
- * Prints nothing.
  */
 CFG_API int nimbus_get_config(int *enable, char *folderid, int *status);
 
@@ -1607,7 +1598,7 @@ CFG_API int alert_vclip_get_config(int *enable, int *duration, int *prelude);
 /* Events: "event_s3_setting" and "event_push_setting", any numbers. */
 CFG_API int event_set_config(int s3_setting, int push_setting);
 
-/* Reads them; 0 without a stored value. */
+/* Reads them, 15 characters of each; 0 without a stored value. */
 CFG_API int event_get_config(int *s3_setting, int *push_setting);
 
 /*
