@@ -5,6 +5,7 @@
 
 #include "cfg_set.h"
 #include "platform/param_store.h"
+#include "settings/frame.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,12 +23,6 @@ constexpr size_t BODY_SIZE = 292; // of a daemon message
 constexpr size_t LARGE_VALUE = 65536;
 
 constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable"; // whose setter stores it
-
-// The stored text as the library reads it: "1x" is 1.
-uint32_t loose_number(const std::string &text)
-{
-    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
-}
 
 // Whether the board says that it does not have what the setting is for.
 bool absent(const Setting &setting)
@@ -50,7 +45,8 @@ const char *seen(const Setting &setting, const std::string &value)
         return "called";
     const std::string shown = first_line(setting.file);
     const size_t last = std::strlen(setting.digits) - 1;
-    const char digit = setting.digits[std::min<size_t>(loose_number(value), last)];
+    const char digit =
+        setting.digits[std::min<size_t>(cfg_set::to_number(value.c_str(), 10), last)];
     if (shown.empty() && writable(setting.file))
         return "called"; // a driver may be mute
     if (shown.empty() || shown[0] != digit)
@@ -109,7 +105,7 @@ void store(Change &change)
 void apply(Change &change)
 {
     const Setting &setting = *change.setting;
-    const int result = setting.set(loose_number(change.value));
+    const int result = setting.set(cfg_set::to_number(change.value.c_str(), 10));
     if (change.by_setter() && !change.is_there())
         fail(STORE_FAILED, change.key + " cannot be stored");
     if (!change.by_setter() && result != 0)
@@ -125,7 +121,7 @@ void take_back(std::vector<Change> &changes)
 {
     for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
         if (change->by_setter() && change->is_applied)
-            change->setting->set(loose_number(change->old.value_or("0")));
+            change->setting->set(cfg_set::to_number(change->old.value_or("0").c_str(), 10));
         const char *key = change->key.c_str();
         if (change->is_stored && !(change->by_setter() && change->is_there()) &&
             (change->old ? param_set(key, change->old->c_str()) : param_unset(key)) != 0)
@@ -133,7 +129,7 @@ void take_back(std::vector<Change> &changes)
     }
     for (const Change &change : changes)
         if (change.is_applied && !change.by_setter() && change.old)
-            change.setting->set(loose_number(*change.old));
+            change.setting->set(cfg_set::to_number(change.old->c_str(), 10));
 }
 
 // Stores all, then applies all unless the call says otherwise; or changes nothing.
