@@ -98,7 +98,7 @@ TEST_F(UploadTest, NewSettingsReachTheDaemon)
     const Calls pass = {"set cifs_pass=p"}, target = {"set cifs_target=t"}, size = {"set cifs_size=9"};
     const Calls all = user + pass + target + set("0") + size, again = BEGUN_ASIDE + signal(8);
     const Calls start = BEGUN_ASIDE + signal(7) + signal(8), long_account = {"post 20130003 1 account a b" + std::string(252, 'c')};
-    const std::string waits = "| " + WAIT + "\n| " + WAIT;
+    const std::string lost = "[cfg_sendMsg #] msgget fail\n[cfg_setRec #] cfg_sendMsg fail", waits = "| " + WAIT + "\n| " + WAIT;
     Given with_account = runs("1");
     with_account["gdu_account"] = "a b" + std::string(300, 'c');
     check({
@@ -113,7 +113,7 @@ TEST_F(UploadTest, NewSettingsReachTheDaemon)
         {runs("2"), SET("u", no, no, "", no), 0, user + set("") + stopped(5) + ENDED, waits},
         {runs("1"), SET("u", no, no, "2", no), 0, user + set("2") + stopped(6) + account + again + RECORD + ENDED, waits},
         {mode("0"), SET(no, no, no, "1", no), 0, set("1") + account + start},
-        {mode("0"), {"msgget"}, SET(no, no, no, "1", no), 0, set("1") + account + start},
+        {mode("0"), {"msgget"}, SET(no, no, no, "2", no), 0, set("2") + account + start, lost + "\n" + lost},
         {SET(no, no, no, "2", no), 0, set("2") + account + start + RECORD, "", {"cifs_mode 256", "gdu_account 256"}},
         {mode("1"), SET(no, no, no, "2", no), 0, set("2") + account + again + RECORD},
         {mode("12"), SET(no, no, no, "4", no), 0, set("4") + again},
