@@ -4,59 +4,60 @@
  * Turns stored settings into device state and answers what the device is.
  * Plain functions for C and C++; no thread, no main loop, no start-up call.
  *
- * Conventions. A function's own text below says where it differs.
+ * Conventions. The text of a function below says where it differs.
  *
  * 1. Results. Setters, savers and restorers return 0 for success and -1 for
- *    failure. Predicates return 1 or 0 and never -1. Nothing is retried and
- *    nothing is rolled back: what was stored before a later step failed stays
- *    stored.
+ *    failure. Predicates return 1 or 0 and never -1. The library retries
+ *    nothing and rolls nothing back: a value stored before a later step failed
+ *    stays stored.
  *
- * 2. Reports. A failure is reported on standard output as one line,
- *    "[FUNCTION LINE] TEXT", with the name of the reporting function and its
- *    source line, through the caller's own stdio. Below, double quotes hold the
- *    TEXT, and keys and commands too. A report that goes to standard error says
- *    so. A function prints only what its text names. There is no log file.
+ * 2. Reports. A failure prints one line, "[FUNCTION LINE] TEXT", on standard
+ *    output through the caller's stdio: the reporting function, its source line
+ *    and the TEXT. Below, double quotes enclose TEXTs, keys and commands.
+ *    Reports on standard error are marked. A function prints only what its text
+ *    names. There is no log file.
  *
  * 3. Settings. Values live in the parameter store as text. A setter
- *    (cfg_set...) applies a value to the device and leaves the store alone. A
- *    saver (cfg_save...) checks, stores, commits and applies. A restorer
+ *    (cfg_set...) applies a value to the device and does not change the store.
+ *    A saver (cfg_save...) checks, stores, commits and applies. A restorer
  *    (cfg_restore...) reads the stored value and applies it, once at start-up.
- *    The app's records (..._set_config and the like) are stored by their
- *    setters. Only cfg_saveMicEnable commits the store: after any other change
- *    the caller calls param_save itself.
+ *    Setters of the app's records (..._set_config and similar) store them. Only
+ *    cfg_saveMicEnable commits the store: after any other change, the caller
+ *    calls param_save.
  *
  * 4. Stored numbers. Decimal text, of which 255 characters count unless a
  *    function names fewer. Trailing characters are ignored ("1x" is 1) and text
  *    without digits is 0. Restorers, except the time zone's, read unsigned 32
  *    bits: a number beyond them becomes 4294967295, and a minus negates modulo
  *    2^32 ("-1" is 4294967295, "-4294967295" is 1). All others read an int: a
- *    number beyond it becomes the nearest one. A 64-bit desk reads the same.
+ *    number beyond it becomes the nearest int. A 64-bit desk reads the same
+ *    values.
  *
  * 5. Strings and buffers. Strings are NUL-terminated and must not be NULL,
  *    except where NULL is named. Sizes are in bytes and count the terminator.
- *    Every copy is bounded; text too long for its place is refused with a
- *    report before anything is stored or run, unless a function says that it
- *    is cut, and a command line that would be cut is never run.
+ *    Every copy is bounded. Text that is too long is refused with a report
+ *    before anything is stored or run, unless the function says that it cuts
+ *    the text. A command line that would be cut is never run.
  *
- * 6. Commands. The device is driven by shell command lines, run by system()
- *    in the foreground: a call returns when the command ends. Exit codes are
- *    not examined. A text from outside that becomes part of a line is refused
- *    when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' or a
- *    control character. It stands in the line as it is: a blank in it, where
+ * 6. Commands. The library drives the device with shell command lines. system()
+ *    runs them in the foreground: a call returns when the command ends. Exit
+ *    codes are ignored. A text from outside that becomes part of a line is
+ *    refused when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' or
+ *    a control character. It stands in the line as it is: a blank in it, where
  *    one is allowed, makes two words of it.
  *
- * 7. Processes and threads. Functions may be called from any number of
- *    processes at once; what the processes share is named with each function.
- *    Within a process they are as safe as the store and as system(), which
+ * 7. Processes and threads. Any number of processes may call functions at the
+ *    same time; each function names the objects that processes share. Within a
+ *    process, functions are as thread-safe as the store and system(), which
  *    blocks SIGCHLD and ignores SIGINT and SIGQUIT while a command runs. A
- *    process that ignores SIGCHLD does not learn how a command ended, which
- *    cfg_startWiFi asks for.
+ *    process that ignores SIGCHLD cannot get a command's exit status, which
+ *    cfg_startWiFi needs.
  *
  * 8. Memory. Every buffer is the caller's or is in the called function's frame
- *    (under 2 KB, but for the viewer list). Only str_replace allocates for the
- *    caller. During a call, the time zone's setter allocates, and so does the C
- *    library for streams and the list of interfaces. cfg_killProcess leaves one
- *    descriptor open, all others none.
+ *    (under 2 KB, except for the viewer list). Only str_replace allocates for
+ *    the caller. During a call, the time zone's setter allocates, and so does
+ *    the C library for streams and the list of interfaces. cfg_killProcess
+ *    leaves one descriptor open; no other function does.
  *
  * The firmware supplies the platform functions declared in platform/.
  */
@@ -118,10 +119,10 @@ CFG_API int file_check(const char *path);
 #define MSG_PARAM_LEN 256 /* bytes of a message's parameter */
 
 /*
- * What the detection and recording daemons are told: one record on the System V
+ * A message to the detection and recording daemons: one record on the System V
  * queue with key 5678. The type selects the daemon, which takes only its own.
- * 296 bytes on the camera, where `long` has 4; the 292 bytes behind the type
- * are the same everywhere. Clear the whole record before filling it.
+ * 296 bytes on the camera, where `long` has 4; the 292 bytes after the type are
+ * the same everywhere. Clear the whole record before filling it.
  */
 struct daemon_message {
     long msg_type;    /* 1 privacy, 2 PIR, 4 sound level, 7 recording */
@@ -145,8 +146,8 @@ CFG_API int cfg_sendMsg(const struct daemon_message *message);
  * Posts a recording command (type 7, value 0).
  *
  * command  the recorder's command code
- * params   parameter bytes, or NULL for none (`length` is then not looked at);
- *          bytes behind them are zero
+ * params   parameter bytes, or NULL for none (`length` is then ignored);
+ *          the rest of the field is zero
  * length   bytes of `params`, at most 256
  *
  * Returns 0; -1 after "dwParamLen[LENGTH] > MSG_PARAM_LEN[256]" (nothing is
@@ -155,7 +156,7 @@ CFG_API int cfg_sendMsg(const struct daemon_message *message);
 CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
 
 /*
- * What else the library posts (parameter unused and value 0 unless given):
+ * Other messages that the library posts (no parameter, value 0 unless given):
  *
  *     type  command  means                         posted by
  *     1     7        privacy, value 1 on, 0 off    cfg_setPrivacyEvent
@@ -165,7 +166,7 @@ CFG_API int cfg_setRec(uint32_t command, const void *params, uint32_t length);
  *     4     4, 5     sound detection on, off       cfg_setVolumeDetect
  *     4     6, 7     privacy mode entered, left    cfg_setVolumeDetectPrivacyMode
  *     7     5, 7     privacy mode entered, left    cfg_set_privacy
- *     7     0, 1     upload mode 2 set or left     smbu_set_config, both in turn
+ *     7     0, 1     upload mode 2 set or left     smbu_set_config, 0 then 1
  */
 
 /* ======================================================================
@@ -250,33 +251,33 @@ CFG_API int cfg_setSkypeNoiseSuppressorEnable(uint32_t value);
 /*
  * Plays a spoken prompt with the AAC player: runs "demo_MXAacPlayer_ PATH".
  *
- * name  bare file name, at most 230 characters, none of them the shell's
+ * name  file name without a folder, at most 230 characters, no shell characters
  *
  * PATH is the first of these that exists and that the command line can hold:
  *     /mnt/sdcard/morvenix/LANGUAGE/speech/NAME    when the card is mounted
  *     /localization/LANGUAGE/NAME
  *     /audio/NAME                                  taken without a test
  * LANGUAGE is the stored "lang_name" (at most 15 characters of it on the card,
- * 31 in /localization); without one, or with a shell character in it, the path
- * that needs it is passed over.
+ * 31 in /localization); without one, or if it holds a shell character, the
+ * paths that need it are skipped.
  *
  * A stored "io_speaker_volume" of 27, 0, or one that cannot be read first sets
  * the speaker with cfg_setSpeakerVolume(27); any other leaves it alone. At most
- * 7 characters of it count. The level is not put back.
+ * 7 characters of it count. The level is not restored.
  *
- * Blocks until playback ends, then for one second. Returns the rest of that
- * second when a signal cut it short, in whole seconds, else 0; -1 after
- * "invalid name" for NULL and any other name, with nothing run. When
- * /proc/mounts cannot be read the card counts as not mounted, and
- * "sdcard_mounted:LINE error opening /proc/mounts..." goes to standard error.
+ * Blocks until playback ends, then for one second. If a signal ends that second
+ * early, returns the whole seconds left, else 0; -1 after "invalid name" for
+ * NULL and any other name, with nothing run. When /proc/mounts cannot be read
+ * the card counts as not mounted, and "sdcard_mounted:LINE error opening
+ * /proc/mounts..." goes to standard error.
  */
 CFG_API int voice_prompt(const char *name);
 
 /*
  * Plays an alert sound at raised priority, then restores the speaker.
  *
- * path  at most 225 characters, none of them the shell's; with ".aac" anywhere
- *       in it the AAC player is used, else the WAV player
+ * path  at most 225 characters, no shell characters; a path that contains
+ *       ".aac" uses the AAC player, any other the WAV player
  *
  * Prints "alert<TAB>LINE cmd COMMAND" (without a bracket) and runs COMMAND,
  * "nice -n -20 demo_MXAacPlayer_ PATH" or "nice -n -20 demo_MXWavPlayer_ PATH".
@@ -404,8 +405,8 @@ CFG_API int cfg_setIrEnable(int mode);
 CFG_API int cfg_restoreIrEnable(void);
 
 /*
- * What /proc/ir_mode reads, of which 31 characters count (the driver's number:
- * 0, 2 or 3); 2 when it cannot be opened.
+ * The number in /proc/ir_mode, of which 31 characters count (the driver's
+ * number: 0, 2 or 3); 2 when it cannot be opened.
  */
 CFG_API int ir_mode(void);
 
@@ -452,8 +453,8 @@ CFG_API int cfg_restoreBacklightCompensation(void);
 CFG_API int night_mode(uint32_t on);
 
 /*
- * What /proc/night_mode and /proc/light_sensor read, of which 31 characters
- * count; 0 when they cannot be opened.
+ * The numbers in /proc/night_mode and /proc/light_sensor, of which 31
+ * characters count; 0 when they cannot be opened.
  */
 CFG_API int in_night_mode(void);
 CFG_API int light_sensor(void);
@@ -472,8 +473,9 @@ CFG_API int cfg_isRlampVersion(void);
  *       same, but only while the file, opened with truncation, reads 1; any
  *       other: nothing written
  *
- * Returns the result of closing the file, 0 or EOF, whatever was written; after
- * "open /proc/wled_mode file fail" the (positive) length of that report.
+ * Returns the result of closing the file, 0 or EOF, regardless of what was
+ * written; after "open /proc/wled_mode file fail" the (positive) length of that
+ * report.
  */
 CFG_API int wled_mode(uint32_t mode);
 
@@ -549,7 +551,7 @@ CFG_API int cfg_isLEDDisabled(void);
  *     "killall -37 capture"                  "killall -35 ctrl_sched"
  *     "killall -41 eventd"
  *
- * Every step runs whatever the earlier ones returned. One caller at a time,
+ * Every step runs, even after an earlier one failed. One caller at a time,
  * across processes: the others wait at the semaphore with key 0xDEF1 until the
  * whole change is done. Without the semaphore the change goes ahead unlocked.
  *
@@ -581,8 +583,8 @@ CFG_API int streaming_counter(void);
 
 /*
  * Whether an activity event and a tracking event count now: 1 when
- * /proc/is_valid_activity_event, /proc/is_valid_track_event read a number
- * other than 0, else 0. Without the file the event counts: 1.
+ * /proc/is_valid_activity_event, /proc/is_valid_track_event read a number other
+ * than 0, else 0. Without the file: 1.
  */
 CFG_API int is_valid_activity_event(void);
 CFG_API int is_valid_track_event(void);
@@ -613,7 +615,7 @@ CFG_API int is_sound_nn_enable(void);
  *
  * write  0: returns the number of one or two digits that /proc/activity_zones
  *        begins with; anything else: writes `value` there
- * value  0 to 9, written as a digit with its NUL; looked at only when writing
+ * value  0 to 9, written as a digit with its NUL; ignored when reading
  *
  * Returns the number read; 0 when writing, also any other value (the file is
  * then left alone), and after "fopen: REASON" on standard error when the file
@@ -636,53 +638,51 @@ CFG_API int disable_face_hw_check(void);
 /* ======================================================================
  * Event queue
  *
- * Pending events, oldest first, that all processes share. They are kept in a
- * ring in shared memory (System V key 0x20130002, 4108 bytes), and a copy of
- * the whole ring in /mnt/sdcard/video/.event is written anew after every
- * change. One lock (semaphore 0x20130001) is held for the whole of a call, so
- * every call blocks while another process is in one, and for the card. A
- * signal that is handled does not end the wait, but each prints "error getting
- * semaphore." on standard error.
+ * Pending events, oldest first, that all processes share. A ring in shared
+ * memory holds them (System V key 0x20130002, 4108 bytes). After every change
+ * the whole ring is written to /mnt/sdcard/video/.event. Each call holds one
+ * lock (semaphore 0x20130001) until it returns, so it blocks while another
+ * process is in a call, and for the card. A handled signal does not end the
+ * wait, but prints "error getting semaphore." on standard error.
  *
- * The first call after a restart makes lock and ring and loads the copy. A
- * copy is refused as a whole when it is short, when head, tail and count do
- * not agree, or when any of its 512 slots, in use or not, has a type above 4
- * or, once the clock is past 2014-01-17 23:06:40 UTC, a time that is not past.
- * It is then deleted with "rm -rf /mnt/sdcard/video/.event" and the ring comes
- * up empty, after "load fail" and, for a copy that is not short,
- * checkEventQueue's report before it. Without a copy that can be opened for
- * reading and writing, so also on a read-only card,
- * "[/mnt/sdcard/video/.event] not found" is reported. Later calls trust what
- * is in memory, and a smaller segment of another program under the key makes
- * every call fail.
+ * The first call after a restart creates the lock and the ring and loads the
+ * copy. A copy is refused as a whole when it is short, when head, tail and
+ * count do not agree, or when any of its 512 slots, in use or not, has a type
+ * above 4 or, once the clock is past 2014-01-17 23:06:40 UTC, a time that is
+ * not past. For a copy that is not short, checkEventQueue reports the reason.
+ * "load fail" follows, "rm -rf /mnt/sdcard/video/.event" deletes the copy, and
+ * the ring starts empty. If the copy cannot be opened for reading and writing,
+ * for example on a read-only card, "[/mnt/sdcard/video/.event] not found" is
+ * reported. Later calls trust the ring in memory. If another program has a
+ * smaller segment under the key, every call fails.
  *
- * A call that cannot have lock or ring returns its failure value after
+ * A call that cannot get the lock or the ring returns its failure value after
  * "sem_get fail iSemId[-1]" or after getEventQueue's report and "getEventQueue
- * fail". The lock's reasons go to standard error without a bracket: "error
- * creating semaphore." and "sem_get: REASON", "SETALL failed (ERRNO)", "error
- * getting semaphore.", "error releasing semaphore.". A ring that is there but
- * cannot be attached ends the caller with a segmentation fault: only a null
- * address counts as the failure of shmat. "saveEventQueue fail" and "sem_put
- * fail iSemId[ID]" do not change a result: what cannot be written to the card
- * stays in memory, and the next change writes it.
+ * fail". The reasons for the lock go to standard error without a bracket:
+ * "error creating semaphore." and "sem_get: REASON", "SETALL failed (ERRNO)",
+ * "error getting semaphore.", "error releasing semaphore.". A ring that exists
+ * but cannot be attached ends the caller with a segmentation fault, because
+ * only a null address counts as a failure of shmat. "saveEventQueue fail" and
+ * "sem_put fail iSemId[ID]" do not change a result: the events stay in memory,
+ * and the next change writes them.
  *
- * A process that dies in a call gives back the lock. Whatever instruction it
- * was at, the events are those before its change or those after it; a slot not
- * in use may hold part of an event that never was. It can leave behind:
+ * The kernel releases the lock of a process that dies in a call. The events are
+ * then those before its change or those after it, never a mixture; an unused
+ * slot may hold part of an event. The process can leave behind:
  *
  * - a copy that is one change old, empty, or cut short. The next change writes
  *   it whole; a restart before that takes the old one and refuses the others.
- * - in the first call after a restart: a ring that is empty, though the card
- *   has events, or that was loaded and not checked. cfg_dequeueAllEvent sets
- *   head, tail and count right when that ring counts as one with events; one
- *   with head and tail alike and count 0 counts as empty wherever they point
- *   and is left so, and the slots keep their types, which the next restart
- *   checks. "ipcrm -M 0x20130002" makes the next call load the copy anew.
- * - between the making of the semaphore and its first value, a moment of that
- *   same call: a lock that stays taken, until "ipcrm -S 0x20130001" removes
- *   it. Two processes in that moment may also both get the lock, and leave it
- *   with room for two at once until the one that locked first ends. So let one
- *   process make the first call before it starts the others.
+ * - in the first call after a restart: a ring that is empty although the card
+ *   has events, or that was loaded but not checked. cfg_dequeueAllEvent resets
+ *   head, tail and count of a ring that holds events. A ring whose count is 0
+ *   and whose head equals its tail counts as empty and stays as it is. The
+ *   slots keep their types, which the next restart checks. "ipcrm -M
+ *   0x20130002" makes the next call load the copy again.
+ * - if it dies in that first call, after creating the semaphore and before
+ *   setting its value: a lock that stays taken until "ipcrm -S 0x20130001"
+ *   removes it. Two processes that make the first call together may also both
+ *   get the lock; it then admits two at once until the one that locked first
+ *   ends. Let one process make the first call before it starts the others.
  * ====================================================================== */
 
 #define EVENT_QUEUE_SIZE 512 /* events that the ring holds */
@@ -694,8 +694,8 @@ struct EventQueueEntry {
 };
 
 /*
- * Whether there are no events: 1 when so; 0 when there are some, and also when
- * lock or ring cannot be had.
+ * 1 when there are no events; 0 when there are, or when the lock or the ring is
+ * unavailable.
  */
 CFG_API int cfg_isEventQueueEmpty(void);
 
@@ -705,17 +705,17 @@ CFG_API int cfg_isEventQueueEmpty(void);
  * type  stored as it is; one above 4 stays in memory, but makes the next
  *       restart refuse the whole copy
  *
- * Returns 0, also after "saveEventQueue fail"; -1 when lock or ring cannot be
- * had, or after "EventQueue is full", with nothing changed.
+ * Returns 0, also after "saveEventQueue fail"; -1 when the lock or the ring is
+ * unavailable, or after "EventQueue is full", with nothing changed.
  */
 CFG_API int cfg_enqueueEvent(uint32_t type);
 
 /*
- * Drops the `n` oldest events, or all when there are fewer. 0 drops none, but
- * writes the copy anew when there are events.
+ * Drops the `n` oldest events, or all when there are fewer. 0 drops none but
+ * writes the copy again when there are events.
  *
- * Returns 0, also after "saveEventQueue fail" and when there were none; -1
- * when lock or ring cannot be had.
+ * Returns 0, also after "saveEventQueue fail" and when there were none; -1 when
+ * the lock or the ring is unavailable.
  */
 CFG_API int cfg_dequeueEvent(uint32_t n);
 
@@ -730,10 +730,10 @@ CFG_API int cfg_dequeueAllEvent(void);
  * of their own around them, or two of them handle the same event.
  *
  * index  0 for the oldest event, 1 for the next, ...
- * event  receives it; a failure leaves it as it was
+ * event  receives it; unchanged on failure
  *
- * Returns 0; -1 when there is no such event, when lock or ring cannot be had,
- * or after "event buffer is null".
+ * Returns 0; -1 when there is no such event, when the lock or the ring is
+ * unavailable, or after "event buffer is null".
  */
 CFG_API int cfg_getEvent(uint32_t index, struct EventQueueEntry *event);
 
@@ -767,22 +767,22 @@ CFG_API uint8_t cfg_getDeviceStatus(void);
  * ====================================================================== */
 
 /*
- * The upload daemon smbu copies recordings to a network share. It is told what
- * to do by signals on the System V queue with key 0x20130005. Account records
- * are posted on the queue with key 0x20130003; who takes them is not known here.
- * The first post makes a queue, with permissions 0666; a post never waits, and
- * one that does not fit is lost.
+ * The upload daemon smbu copies recordings to a network share. The library
+ * controls it with signals on the System V queue with key 0x20130005. Account
+ * records are posted on the queue with key 0x20130003; who takes them is not
+ * known here. The first post makes a queue, with permissions 0666; a post never
+ * waits, and one that does not fit is lost.
  *
  * A signal is a `long` type, the code, and 4 bytes: time() in seconds.
  *     1 wake up           2 new event
  *     5, 6 stop           7 switched on           8 started with new settings
- * An account record is a `long` type, 1, and 272 bytes, zero but for
+ * An account record is a `long` type, 1, and 272 bytes, all zero except
  *     at 0    the code 11, 16 bits
  *     at 12   the stored "gdu_account", at most 255 characters
  *
  * "cifs_mode" is a digit: 0 off; 1 on; 2 on, and told of events; 3 left to
- * itself, neither started nor woken from here. What the store or one of these
- * queues refuses is passed over without a report. Functions whose text names no
+ * itself, neither started nor woken from here. Failures of the store and of
+ * these queues are ignored without a report. Functions whose text names no
  * result return 0.
  */
 
@@ -823,7 +823,7 @@ CFG_API int smbu_force_stop(void);
  *
  * user, pass, target, mode, size
  *         texts for "cifs_user", "cifs_pass", "cifs_target", "cifs_mode" and
- *         "cifs_size", stored as they are; NULL leaves a setting as it was
+ *         "cifs_size", stored unchanged; NULL leaves a setting unchanged
  *
  * When `user`, `pass` or `target` is given, changed or not, a running daemon is
  * stopped after they are stored: by signal 5 when `mode` is a text of the value
@@ -836,8 +836,8 @@ CFG_API int smbu_force_stop(void);
  *     0            a running daemon is sent 5 and given 5 seconds
  *     not 0 or 3   starts a daemon that does not run, and sends it 7 when the
  *                  old mode was 0
- * A change to or from mode 2 is told to the recorder: cfg_setRec with command
- * 0, then 1, both without parameters. Nothing else makes reports here.
+ * A change to or from mode 2 is reported to the recorder: cfg_setRec with
+ * command 0, then 1, both without parameters. Nothing else makes reports here.
  *
  * Every start runs "smbu &", waits one second and ends with signal 8.
  */
@@ -883,7 +883,7 @@ CFG_API int smbu_add_recovery_job(const char *path);
  *
  * index  one of BOARD_INFO_...
  * buf    receives the line without its line feed, cut to `size`; clear it
- *        first, a failure leaves it as it was
+ *        first; it is unchanged on failure
  * size   bytes of `buf`: 17 hold a board id, 32 the others
  *
  * Returns 0; -1 after "unknown index[INDEX]", after
@@ -919,11 +919,11 @@ CFG_API int cfg_check_eth_support_by_hwver(void);
  *     byte 32   board id, 16 bytes: the model, "h", and in hexadecimal one bit
  *               for each board that the image runs on; NUL when shorter
  *
- * Nothing else in it is looked at, neither the magic number nor the size.
+ * All other fields are ignored, including the magic number and the size.
  *
- * A checksum shows damage, not authorship: anyone can make an image that passes.
- * Whether the image comes from whom it should is for the caller to establish
- * first. Nothing is covered behind `dwLimit`.
+ * A checksum detects damage only: anyone can make an image that passes. The
+ * caller must authenticate the image first. Bytes after `dwLimit` are not
+ * covered.
  */
 
 /*
@@ -952,7 +952,7 @@ CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
 /*
  * Whether the image may run on this board: both are of one model, and their
  * masks have a bit in common. Upper and lower case count the same. The model is
- * what stands before the first "h" of the board's own id that is not its first
+ * the part of the board's own id before its first "h" that is not the first
  * letter.
  *
  * pbHeader  the first 64 bytes of the image
@@ -960,16 +960,16 @@ CFG_API int cfg_checkFirmware(FILE *fp, uint32_t dwLimit);
  * Returns 0; -1 after "invalid pbHeader" (NULL), "cfg_getBoardInfo fail", "no
  * board id found" (the board's is empty) or "image mask[MASK] not valid for
  * [BOARD'S MASK]". A mask is 0, after one of these reports of getBoardIdMask,
- * when the id is of another model ("model[MODEL] not found"), has no "h" behind
+ * when the id is of another model ("model[MODEL] not found"), has no "h" after
  * the model ("invalid board format") or a byte that is not ASCII ("non-ascii
- * char[BYTE]"), or when the board's model takes 16 characters
- * ("dwBufSize[16] not enough"). It is also 0, without a report, when no
- * hexadecimal digit follows the "h". Runs the board query.
+ * char[BYTE]"), or when the board's model takes 16 characters ("dwBufSize[16]
+ * not enough"). It is also 0, without a report, when no hexadecimal digit
+ * follows the "h". Runs the board query.
  */
 CFG_API int cfg_checkBoardId(const void *pbHeader);
 
 /*
- * Whether the header has the checksum that it states.
+ * Whether the header matches its checksum.
  *
  * pbHeader  the first 64 bytes of the image
  *
@@ -985,13 +985,13 @@ CFG_API int cfg_checkHeaderChecksum(const void *pbHeader);
 CFG_API uint32_t cfg_getCrc32(const void *buf, uint32_t len);
 
 /*
- * The CRC-32 of a stream from where it stands. Reads 512 bytes at a time until
- * a read returns nothing; an error counts as the end (see ferror).
+ * The CRC-32 of a stream from its current position. Reads 512 bytes at a time
+ * until a read returns nothing; an error counts as the end (see ferror).
  *
  * fp       open for reading; stays open
- * dwSkip   leading bytes to leave out, at most 511 and fewer than there are to
- *          read: a read that is no longer than the skip is taken in whole, and
- *          the skip waits for a longer one
+ * dwSkip   leading bytes to leave out, at most 511 and fewer than the stream
+ *          holds: a read that is no longer than the skip is hashed whole, and
+ *          the skip applies to the next longer read
  * dwLimit  bytes to read, the skipped ones included; 0 for all of them
  *
  * 0xFFFFFFFF after "invalid fp" when `fp` is NULL.
@@ -1006,8 +1006,8 @@ CFG_API extern const uint32_t crc32_tab[256];
  * ====================================================================== */
 
 /*
- * Makes the system quiet before flash is written. Ends it for everyone else:
- * call it only where nothing but the upgrade matters any more.
+ * Stops all other processes before flash is written. Call it only when the
+ * upgrade is all that is left to do.
  *
  * 1. Runs "killall watchdog; disable_watchdog" and
  *    echo "" > /proc/sys/kernel/hotplug, so that no hot-plug program starts.
@@ -1018,10 +1018,10 @@ CFG_API extern const uint32_t crc32_tab[256];
  * 3. Waits until at most two rows of `ps -l` have 1 in their fourth column:
  *    up to 20 times "dwCount: ROWS", one second, "retry: TIMES".
  *
- * Nothing is sent SIGKILL; what survives all 20 attempts stays. The pipe that
- * the command thread's number was read from stays open for the life of the
- * process, and its shell a zombie. The lists are made by `ps` and awk, in the
- * columns of the camera's `ps`.
+ * Nothing is sent SIGKILL; processes that survive all 20 attempts stay. The
+ * pipe that the command thread's number was read from stays open for the life
+ * of the process, and its shell a zombie. The lists are made by `ps` and awk,
+ * in the columns of the camera's `ps`.
  *
  * Returns 0; -1 after "popen fail errno[N][TEXT]" when the processes cannot be
  * listed (the commands of step 1 have run; nothing was signalled). The same
