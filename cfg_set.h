@@ -94,6 +94,16 @@ extern "C" {
  * ====================================================================== */
 
 /*
+ * The version of the library that runs, as text ("1.2.3"); the header's is what
+ * the program was compiled with.
+ *
+ * number  receives it as CFG_SET_VERSION_NUMBER has it, or NULL
+ *
+ * Returns the text, which is constant.
+ */
+CFG_API const char *cfg_version(uint32_t *number);
+
+/*
  * The name of the language whose speech package is on the card.
  *
  * buffer  receives the first line of /mnt/sdcard/morvenix/lang without its end

@@ -29,6 +29,7 @@ add_library(cfg_set
     settings/probes.cpp
     settings/probes_stored.cpp
     settings/stored.cpp
+    settings/version.cpp
     time/sync.cpp
     time/zone.cpp
     upload/upload.cpp)
@@ -74,11 +75,14 @@ set_target_properties(cfg_set PROPERTIES
     SOVERSION ${PROJECT_VERSION_MAJOR}
     LINKER_LANGUAGE C)
 
-# Symbols carry the version of the interface; what is exported is the header's
-# CFG_API alone.
+# What is exported, and the version of the interface that brought it.
 set(version_script ${CMAKE_CURRENT_LIST_DIR}/cfg_set.map)
 target_link_options(cfg_set PRIVATE -Wl,--version-script=${version_script})
 set_property(TARGET cfg_set PROPERTY LINK_DEPENDS ${version_script})
+
+if(NOT CFG_SET_INSTALL)
+  return()
+endif()
 
 # Components: runtime is what a device carries, dev what a compiler reads.
 install(TARGETS cfg_set EXPORT cfg_set_targets
@@ -96,10 +100,17 @@ write_basic_package_version_file(cfg_set-config-version.cmake COMPATIBILITY Same
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cfg_set-config-version.cmake
     DESTINATION ${package_dir} COMPONENT dev)
 
-# The .pc file finds the rest from where it lies itself; folders that do not move
-# with it are named as they are.
+# The .pc file finds the rest from where it lies itself. It names folders that do
+# not move with it, and all of them where its prefix is given.
+set(pc_libdir "\${pcfiledir}/..")
 set(pc_includedir ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} AND NOT IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+if(CFG_SET_PC_PREFIX)
+  foreach(folder LIBDIR INCLUDEDIR)
+    string(TOLOWER ${folder} lower)
+    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_${folder} BASE_DIRECTORY ${CFG_SET_PC_PREFIX}
+        OUTPUT_VARIABLE pc_${lower})
+  endforeach()
+elseif(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} AND NOT IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
   file(RELATIVE_PATH pc_includedir /${CMAKE_INSTALL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_INCLUDEDIR})
   set(pc_includedir "\${pcfiledir}/${pc_includedir}")
 endif()

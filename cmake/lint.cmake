@@ -1,9 +1,9 @@
 # Target lint: formatting, clang-tidy, cppcheck and shellcheck, each file again
 # only when it or a header changed.
-find_program(CLANG_FORMAT clang-format REQUIRED)
-find_program(CLANG_TIDY clang-tidy REQUIRED)
-find_program(CPPCHECK cppcheck REQUIRED)
-find_program(SHELLCHECK shellcheck REQUIRED)
+cfg_set_need(CLANG_FORMAT clang-format clang-format)
+cfg_set_need(CLANG_TIDY clang-tidy clang-tidy)
+cfg_set_need(CPPCHECK cppcheck cppcheck)
+cfg_set_need(SHELLCHECK shellcheck shellcheck)
 
 file(GLOB_RECURSE sources CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} *.c *.cpp)
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} *.h)

@@ -1,69 +1,35 @@
-/* Stores and applies a setting, with a platform of the program's own. */
+/* Stores and applies a setting, with the platform that a port begins with. */
 #include <cfg_set.h>
 #include <cfg_set/platform/param_store.h>
 #include <cfg_set/platform/relay_ipc.h>
 #include <cfg_set/platform/viewer_relay.h>
 #include <stdio.h>
 #include <string.h>
+#include <unistd.h>
 
-static char stored[256];
-
-int param_get(const char *key, char *buffer, unsigned int size)
+/* Whether the store has the text under the key, or nothing for NULL. */
+static int stored(const char *key, const char *text)
 {
-    (void)key;
-    snprintf(buffer, size, "%s", stored);
-    return 0;
-}
-
-int param_set(const char *key, const char *text)
-{
-    snprintf(stored, sizeof stored, "%s=%s", key, text);
-    return 0;
-}
-
-int param_save(void)
-{
-    return 0;
-}
-
-int param_unset(const char *key)
-{
-    (void)key;
-    return 0;
-}
-
-int msg2relay(const struct viewer_relay_msg *message)
-{
-    (void)message;
-    return 0;
-}
-
-void *appipc_init(const char *client_name)
-{
-    (void)client_name;
-    return NULL;
-}
-
-void appipc_set_uint32(void *buffer, uint32_t value)
-{
-    memcpy(buffer, &value, sizeof value);
-}
-
-int appipc_send(void *handle, int option, int type, unsigned int length, const void *buffer)
-{
-    (void)handle, (void)option, (void)type, (void)length, (void)buffer;
-    return -1;
-}
-
-void appipc_destroy(void *handle)
-{
-    (void)handle;
+    char value[6];
+    return param_get(key, value, sizeof value) == 0 ? text && strcmp(value, text) == 0 : !text;
 }
 
 int main(void)
 {
-    const int saved = cfg_saveMicEnable(1);
-    const int refused = cfg_setMicEnable(2);
-    const int settings = saved == 0 && refused == -1 && strcmp(stored, "io_mic_enable=1") == 0;
-    return settings && crc32_tab[1] == 0x77073096 ? 0 : 1;
+    char version[32];
+    uint32_t number;
+    snprintf(version, sizeof version, "%d.%d.%d", CFG_SET_VERSION_MAJOR, CFG_SET_VERSION_MINOR,
+             CFG_SET_VERSION_PATCH);
+    int right = strcmp(cfg_version(&number), version) == 0 && number == CFG_SET_VERSION_NUMBER &&
+                cfg_version(NULL) && crc32_tab[1] == 0x77073096;
+
+    right &=
+        param_set("io", "longer") == 0 && cfg_saveMicEnable(1) == 0 && cfg_setMicEnable(2) == -1;
+    right &= param_set("io", "twice") == 0 && param_set("not", "saved") == 0 &&
+             param_unset("io_mic_enable") == 0;
+    right &= param_set("io", NULL) != 0 && param_set("io", "two\nlines") != 0 &&
+             stored("io", "twice") && stored("not", "saved") && stored("io_mic_enable", NULL);
+    unlink("/var/run/cfg_set.store"); /* a restart */
+    right &= stored("io_mic_enable", "1") && stored("io", "longe") && stored("not", NULL);
+    return right ? 0 : 1;
 }
