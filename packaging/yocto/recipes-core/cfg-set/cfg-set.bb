@@ -6,11 +6,16 @@ LICENSE = "CLOSED"
 # The source is the tree that this layer lies in; its header has the version.
 inherit cmake externalsrc
 EXTERNALSRC = "${@os.path.realpath('${THISDIR}/../../../..')}"
-PV = "${@'.'.join(l.split()[2] for l in open(d.getVar('EXTERNALSRC') + '/cfg_set.h') if l.startswith('#define CFG_SET_VERSION_') and l.split()[2].isdigit())}"
+PV = "${@cfg_set_version(d)}"
 
-EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DBUILD_SHARED_LIBS=ON"
+def cfg_set_version(d):
+    with open(d.getVar('EXTERNALSRC') + '/cfg_set.h') as header:
+        lines = [line.split() for line in header if line.startswith('#define CFG_SET_VERSION_')]
+    return '.'.join(words[2] for words in lines if words[2].isdigit())
 
-# A path to the firmware's platform library builds the package cfgctl.
+EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DBUILD_SHARED_LIBS=ON -DCFG_SET_PC_PREFIX=${prefix}"
+
+# The path of the firmware's platform library builds the package cfgctl.
 CFG_SET_PLATFORM ?= ""
 DEPENDS += "${@'nlohmann-json' if d.getVar('CFG_SET_PLATFORM') else ''}"
 EXTRA_OECMAKE += "-DCFG_SET_PLATFORM=${CFG_SET_PLATFORM}"
