@@ -251,8 +251,8 @@ CFG_API int cfg_restoreSpeakerEnable(void);
 CFG_API int cfg_set2WayAudioEnable(uint32_t value);
 
 /*
- * Entry points of voice processing that this firmware does not have. Each does
- * nothing and returns 0 for every value.
+ * Do nothing and return 0 for every value: this firmware does not have the
+ * voice processing.
  */
 CFG_API int cfg_setSkypeAecEnable(uint32_t value);
 CFG_API int cfg_setSkypeAgcEnable(uint32_t value);
@@ -353,8 +353,8 @@ CFG_API int cfg_restoreVolumeDetect(void);
 CFG_API int cfg_restoreVolumeDetectSensitivity(void);
 
 /*
- * Alert channels live in the store alone. These do nothing and return 0 for
- * every value (an account may be NULL).
+ * Do nothing and return 0 for every value (an account may be NULL): alert
+ * channels live in the store alone.
  */
 CFG_API int cfg_setMotionTrackEnable(uint32_t value);
 CFG_API int cfg_setAlertAppEnable(uint32_t value);
@@ -364,7 +364,7 @@ CFG_API int cfg_setAlertEmailEnable(uint32_t value);
 CFG_API int cfg_setAlertEmailAccount(const char *account);
 
 /*
- * Type and chat depend on each other: the first asks whether the stored
+ * Check that the setting each depends on is stored: the first asks whether
  * "alert_chat_enable" can be read, the second, for any value but 0, whether
  * "alert_type" can. Neither looks further at its value or changes anything.
  * Return 0; -1 after "param_get fail".
@@ -905,8 +905,9 @@ CFG_API int smbu_add_recovery_job(const char *path);
 CFG_API int cfg_getBoardInfo(unsigned long index, char *buf, int size);
 
 /*
- * Bits of the hardware version. Each runs "board hwver" and returns 1 or 0;
- * 0 after cfg_getBoardInfo's report when the board cannot be queried.
+ * Whether the board has a slip ring and differential audio, by these bits of
+ * the hardware version. Each runs "board hwver" and returns 1 or 0; 0 after
+ * cfg_getBoardInfo's report when the board cannot be queried.
  */
 CFG_API int cfg_is_slip_ring_model(void);    /* bit 7 */
 CFG_API int cfg_is_audio_differential(void); /* bit 10 */
@@ -1225,10 +1226,13 @@ CFG_API int cfg_restart_peerconn(int delay_seconds);
  * the interfaces cannot be listed.
  * ====================================================================== */
 
-/* eth0; 0 on a board without Ethernet, see cfg_check_eth_support_by_hwver. */
+/*
+ * Whether eth0 is up: 1 or 0; 0 on a board without Ethernet, see
+ * cfg_check_eth_support_by_hwver.
+ */
 CFG_API int cfg_eth_is_up(void);
 
-/* wlan0. */
+/* Whether wlan0 is up: 1 or 0. */
 CFG_API int cfg_wlan_is_up(void);
 
 /* ======================================================================
@@ -1568,12 +1572,14 @@ CFG_API char *str_replace(const char *text, const char *old, const char *replace
  */
 
 /*
- * The cloud folder: "nimbus_enable" (any number) and "nimbus_folderid" (as it
- * is; nimbus_get_config reads at most 255 characters).
+ * Stores the cloud folder: "nimbus_enable" (any number) and "nimbus_folderid"
+ * (as it is; nimbus_get_config reads at most 255 characters).
  */
 CFG_API int nimbus_set_config(int enable, const char *folderid);
 
 /*
+ * Reads the cloud folder.
+ *
  * enable    receives 1 when the stored text is just "1", else 0
  * folderid  256 bytes; receives the stored text, empty when there is none
  * status    receives the number in the first line of /tmp/.gdustatus, else 0
@@ -1581,17 +1587,17 @@ CFG_API int nimbus_set_config(int enable, const char *folderid);
 CFG_API int nimbus_get_config(int *enable, char *folderid, int *status);
 
 /*
- * The status LED. 1 stores "led_disable" 1 and runs
+ * Switches the status LED. 1 stores "led_disable" 1 and runs
  * "killall -SIGUSR1 LEDCtrl"; any other value stores 0 and runs
  * "killall -SIGUSR2 LEDCtrl".
  */
 CFG_API int led_disable_set_config(int disable);
 
-/* `disable` receives the stored 0 or 1, and 0 for any other or none. */
+/* Reads into `disable` the stored 0 or 1, and 0 for any other or none. */
 CFG_API int led_disable_get_config(int *disable);
 
 /*
- * The clip of an alert.
+ * Stores what clip an alert keeps.
  *
  * enable    "alert_vclip": 1, or 0 for any other value
  * duration  "alert_vclip_duration": 5 to 720, or 7 for any other value
@@ -1600,24 +1606,24 @@ CFG_API int led_disable_get_config(int *disable);
 CFG_API int alert_vclip_set_config(int enable, int duration, int prelude);
 
 /*
- * Reads them, with the same values for any other. Without a stored value
- * `enable` is 0, `duration` 7, and `prelude` stays as it was.
+ * Reads the clip's settings, with the same values for any other. Without a
+ * stored value `enable` is 0, `duration` 7, and `prelude` stays as it was.
  */
 CFG_API int alert_vclip_get_config(int *enable, int *duration, int *prelude);
 
-/* Events: "event_s3_setting" and "event_push_setting", any numbers. */
+/* Stores "event_s3_setting" and "event_push_setting", any numbers. */
 CFG_API int event_set_config(int s3_setting, int push_setting);
 
-/* Reads them, 15 characters of each; 0 without a stored value. */
+/* Reads the event settings, 15 characters of each; 0 without a stored value. */
 CFG_API int event_get_config(int *s3_setting, int *push_setting);
 
 /*
- * The media server: "media_server_enable", "media_server_auth" and
+ * Stores "media_server_enable", "media_server_auth" and
  * "kurento_max_video_level", any numbers.
  */
 CFG_API int media_server_set_config(int enable, int auth, int max_video_level);
 
-/* Reads them; 0 without a stored value. */
+/* Reads the media server's settings; 0 without a stored value. */
 CFG_API int media_server_get_config(int *enable, int *auth, int *max_video_level);
 
 #ifdef __cplusplus

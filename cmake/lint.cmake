@@ -25,6 +25,7 @@ set(scripts
     scripts/size
     scripts/test
     tests/camera_test
+    tests/example_test
     tests/in-root
     tests/package_test)
 file(GLOB chapters CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} scripts/demo.d/*.sh)

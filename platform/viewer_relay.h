@@ -11,11 +11,13 @@
 extern "C" {
 #endif
 
-#define VIEWER_RELAY_ADD 1
-#define VIEWER_RELAY_DELETE 2
+#define VIEWER_RELAY_ADD 1    /* a viewer was added */
+#define VIEWER_RELAY_DELETE 2 /* a viewer was removed */
 
-/* 360 bytes, integers in the machine's own byte order. Bytes after a string's
- * terminator carry no meaning. */
+/*
+ * One change of the viewer list. 360 bytes, integers in the machine's own byte
+ * order. Bytes after a string's terminator carry no meaning.
+ */
 struct viewer_relay_msg {
     int32_t command; /* VIEWER_RELAY_ADD or VIEWER_RELAY_DELETE */
     char name[256];
@@ -24,8 +26,10 @@ struct viewer_relay_msg {
     int32_t once;
 };
 
-/* Hands one record to the relay. 0 for success, non-zero for failure. The
- * record stays the caller's. */
+/*
+ * Hands one record to the relay. 0 for success, non-zero for failure. The
+ * record stays the caller's.
+ */
 int msg2relay(const struct viewer_relay_msg *message);
 
 #ifdef __cplusplus

@@ -4,6 +4,7 @@
 #include "cfg_set.h"
 #include "events/storage.h"
 #include "harness.h"
+#include "tools/cfgctl/table.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -288,16 +289,17 @@ TEST_F(CfgctlTest, SuccessIsSaidOfWhatHappenedOnly)
 TEST_F(CfgctlTest, RestoreAllIsAFirmwaresStart)
 {
     std::string expected = "KEY RESULT\n", set;
-    for (const std::string key : {
-             "io_mic_enable", "io_speaker_volume", "io_speaker_enable", "io_ir_enable applied", "io_video_orientation",
-             "io_backlight_compensation applied", "alert_pir_enable", "alert_audio_enable", "alert_audio_sensitivity",
-             "wled_mode applied", "rlamp_mode not on this board", "alert_motion_track_enable", "alert_type",
-             "alert_app_enable", "alert_chat_enable", "alert_video_call_enable", "alert_call_account",
-             "alert_email_enable", "alert_email_account", "wifi config applied", "wifi start called",
-             "time zone applied", "time sync on called"}) {
-        expected += key + (key.find(' ') == std::string::npos ? " called\n" : "\n");
-        set += "param set " + key.substr(0, key.find(' ')) + " 1; ";
+    const std::string factory = read_file("/rom/etc_ro/param.default");
+    for (const cfgctl::Setting &setting : cfgctl::SETTINGS) {
+        if (!setting.restore)
+            continue;
+        const std::string key = setting.value.name;
+        const bool there = setting.on_board != cfg_isRlampVersion;
+        expected += key + (!there ? " not on this board\n" : setting.file ? " applied\n" : " called\n");
+        set += "param set " + key + " 1; ";
+        EXPECT_THAT(factory, HasSubstr("\n" + key + "="));
     }
+    expected += "wifi config applied\nwifi start called\ntime zone applied\ntime sync on called\n";
     shell(set + "param set wl_ssid home; param set wl_psk passphrase; param set time_zone 0; "
                 "param set time_zone_str Europe/Berlin; param set time_server a.example; param set time_dst 0");
     board_is("10"); // a WLED, no Rlamp
