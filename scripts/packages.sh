@@ -1,9 +1,15 @@
 # shellcheck shell=bash
 # Sourced by the scripts that install what they need.
 
-# packages NAME:WHY...: installs the Debian packages that are missing.
+# retried COMMAND...: up to three times: a mirror may be between two states.
+retried() {
+    "$@" || { sleep 5 && "$@"; } || { sleep 20 && "$@"; }
+}
+
+# packages NAME:WHY...: installs the Debian packages that are missing. Fails
+# after a report that says what to do.
 packages() {
-    local entry missing=()
+    local entry missing=() as_root=()
     for entry; do
         if ! dpkg-query -W -f '${Status}\n' "${entry%%:*}" 2>/dev/null | grep -q ' installed$'; then
             echo "installing ${entry%%:*}: ${entry#*:}"
@@ -11,9 +17,17 @@ packages() {
         fi
     done
     [ ${#missing[@]} -gt 0 ] || return 0
-    local as_root=()
     [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-    "${as_root[@]}" apt-get -qq update
+    if { [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null; } && retried install_packages; then
+        return 0
+    fi
+    echo "packages are missing; as root: apt-get install --no-install-recommends ${missing[*]}" >&2
+    return 1
+}
+
+# For packages(), whose variables it uses. An old index may still do.
+install_packages() {
+    "${as_root[@]}" apt-get -qq update || true
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
 }
@@ -22,6 +36,58 @@ packages() {
 mirror() {
     # shellcheck disable=SC2016 # apt fills it in
     apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | awk '!/security/ && !found++'
+}
+
+# own_release: the name of the release that this machine runs.
+own_release() {
+    (. /etc/os-release && echo "$VERSION_CODENAME")
+}
+
+# index RELEASE FOLDER ARCHITECTURE...: the release's index in an apt state of
+# its own: `apt-get -c FOLDER/conf` uses it. Fails when it cannot be had whole;
+# the last line of FOLDER/log then says why. In the index of a release that
+# CFG_SET_CUT_INDEX lists the last byte is missing.
+index() {
+    local release=$1 folder=$2 trust=signed-by=/usr/share/keyrings/debian-archive-keyring.gpg archive
+    shift 2
+    rm -rf "$folder/state"
+    mkdir -p "$folder"/{state/lists/partial,cache/archives/partial}
+    touch "$folder/status"
+    archive=$(mirror)
+    if [[ " ${CFG_SET_CUT_INDEX:-} " = *" $release "* ]]; then
+        archive=file:$folder/cut trust=trusted=yes
+        local packages=main/binary-$1/Packages
+        mkdir -p "$folder/cut/dists/$release/${packages%/*}"
+        printf 'Package: cut\n' >"$folder/cut/dists/$release/$packages"
+        printf 'Codename: %s\nSHA256:\n %064d 14 %s\n' "$release" 0 "$packages" \
+            >"$folder/cut/dists/$release/Release"
+    fi
+    echo "deb [$trust] $archive $release main" >"$folder/sources.list"
+    cat >"$folder/conf" <<END
+#clear APT::Update::Post-Invoke;
+#clear APT::Update::Post-Invoke-Success;
+#clear DPkg::Post-Invoke;
+APT::Architecture "$1";
+APT::Architectures { $(printf '"%s"; ' "$@")};
+APT::Sandbox::User "";
+APT::Update::Error-Mode "any";
+Dir::Etc::sourcelist "$folder/sources.list";
+Dir::Etc::sourceparts "-";
+Dir::State "$folder/state";
+Dir::State::status "$folder/status";
+Dir::Cache "$folder/cache";
+END
+    logged "$folder/log" apt-get -qq -c "$folder/conf" update
+}
+
+# logged LOG COMMAND...: retried, with all that it prints in LOG. Its first error
+# becomes the last line there when it fails.
+logged() {
+    retried "${@:2}" >"$1" 2>&1 || {
+        { grep -m 1 '^E: ' "$1" || tail -n 1 "$1"; } | sed 's/^E: //; s/ \[IP: .*//' >"$1.last"
+        cat "$1.last" >>"$1"
+        return 1
+    }
 }
 
 # What building the desk camera takes.
