@@ -3,7 +3,9 @@
  * operations        starts and ends
  * operations calls  makes each call between two of getppid, which nothing else makes
  * operations smaps  prints after them what the kernel says of the process's memory
- * operations ring   tells what is pending, then adds events and drops old ones without end
+ * operations ring TOKEN
+ *                   tells what a power cut left of the ring, then changes it without
+ *                   end, in bursts; says so before each change and after it
  * operations clock SECONDS
  *                   sets the clock, also to a time that the kernel does not take from
  *                   a 32-bit machine's clock chip: one after January 2038
@@ -16,6 +18,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -49,34 +52,80 @@ static void print_smaps(void)
         fputs(line, stdout);
 }
 
-/* Types follow each other, so that a ring with foreign bytes in it shows. */
-static uint32_t after(uint32_t type)
+static const char *const copy_of_ring = "/mnt/sdcard/video/.event";
+
+static long size_of_copy(void)
 {
-    return (type + 1) % 5;
+    struct stat copy;
+    return stat(copy_of_ring, &copy) == 0 ? (long)copy.st_size : -1;
 }
 
-static void keep_the_ring_busy(void)
+static void say(const char *token, const char *word, const char *more)
 {
-    enum { KEPT = 20, PAUSE_MS = 100 };
+    struct timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    printf("%s %s %lld%s\n", token, word, now.tv_sec * 1000LL + now.tv_nsec / 1000000, more);
+}
+
+/* Returns how many events are pending. */
+static uint32_t tell_what_is_left(const char *token)
+{
+    char events[8192] = "";
+    size_t length = 0;
     struct EventQueueEntry event;
     uint32_t count = 0;
-    uint32_t next = 0;
-    const char *order = "in order";
-    for (; cfg_getEvent(count, &event) == 0; next = after(event.type), count++)
-        if (count > 0 && event.type != next)
-            order = "MIXED UP";
-    printf("ring of %u events %s\n", (unsigned int)count, order);
-    fflush(stdout);
-    const int drops = fork() == 0;
-    for (uint32_t added = 0;; poll(NULL, 0, PAUSE_MS)) {
-        if (drops && cfg_getEvent(KEPT, &event) == 0)
-            cfg_dequeueEvent(1);
-        if (drops || cfg_enqueueEvent(next) != 0)
+    const long size = size_of_copy();
+    for (; cfg_getEvent(count, &event) == 0 && length < sizeof events - 32; count++)
+        length += (size_t)snprintf(events + length, sizeof events - length, " %u.%u",
+                                   (unsigned int)event.type, (unsigned int)event.time);
+    if (size < 0)
+        say(token, "ring none", events);
+    else if (size_of_copy() < 0)
+        say(token, "ring refused", events);
+    else
+        say(token, size == 4108 ? "ring whole" : "ring odd", events);
+    return count;
+}
+
+static uint32_t add(const char *token, uint32_t number, uint32_t pending)
+{
+    struct EventQueueEntry event = {.type = (number + number / 5) % 5}; /* repeats after 25 */
+    char text[64];
+    snprintf(text, sizeof text, " %u add %u", (unsigned int)number, (unsigned int)event.type);
+    say(token, "change", text);
+    cfg_enqueueEvent(event.type);
+    cfg_getEvent(pending, &event);
+    snprintf(text, sizeof text, " %u %u.%u", (unsigned int)number, (unsigned int)event.type,
+             (unsigned int)event.time);
+    say(token, "changed", text);
+    return pending + 1;
+}
+
+static uint32_t drop(const char *token, uint32_t number, uint32_t pending)
+{
+    const uint32_t dropped = 1 + number % 4;
+    char text[64];
+    snprintf(text, sizeof text, " %u drop %u", (unsigned int)number, (unsigned int)dropped);
+    say(token, "change", text);
+    cfg_dequeueEvent(dropped);
+    snprintf(text, sizeof text, " %u", (unsigned int)number);
+    say(token, "changed", text);
+    return pending - dropped;
+}
+
+static void keep_the_ring_busy(const char *token)
+{
+    enum { MOST = 10, BURST = 80, PAUSE_MS = 20, SETTLED_MS = 2300, QUIET_MS = 2000 };
+    uint32_t pending = tell_what_is_left(token);
+    say(token, "working", "");
+    for (uint32_t number = 1;; number++) {
+        pending = pending < MOST ? add(token, number, pending) : drop(token, number, pending);
+        poll(NULL, 0, PAUSE_MS);
+        if (number % BURST != 0)
             continue;
-        next = after(next);
-        if (added++ == 0)
-            puts("takes more");
-        fflush(stdout);
+        poll(NULL, 0, SETTLED_MS);
+        say(token, "quiet", "");
+        poll(NULL, 0, QUIET_MS);
     }
 }
 
@@ -87,8 +136,9 @@ int main(int argc, char **argv)
         const struct timespec now = {.tv_sec = strtoll(argv[2], NULL, 10)};
         return clock_settime(CLOCK_REALTIME, &now) == 0 ? 0 : 1;
     }
-    if (strcmp(what, "ring") == 0)
-        keep_the_ring_busy();
+    setvbuf(stdout, NULL, _IOLBF, 0); /* a line is one write */
+    if (argc > 2 && strcmp(what, "ring") == 0)
+        keep_the_ring_busy(argv[2]);
     if (*what)
         call_each();
     if (strcmp(what, "smaps") == 0)
