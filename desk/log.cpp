@@ -90,7 +90,9 @@ void log(std::string_view kind, std::string_view text)
     std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%06d ", utc.tm_hour, utc.tm_min, utc.tm_sec,
                   static_cast<int>(now.tv_nsec / 1000));
 
-    const int file = open(LOG_FILE, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+    // Whatever is in its place: nothing waits for a reader.
+    const int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK;
+    const int file = open(LOG_FILE, flags, 0644);
     if (file < 0)
         return;
     const std::string line = stamp + std::string(kind) + " " + std::string(text) + "\n";

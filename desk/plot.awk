@@ -93,13 +93,40 @@ function sort(  i, j, k) {
     }
 }
 
+# A command or tool that does what an earlier one did is drawn once, with how
+# often. What daemons took meanwhile does not count, and is drawn the first time.
+function fold(  i, j, e, first, last, same, latest) {
+    for (i = 1; i <= shown; i = last + 1) {
+        first = by_time[i]
+        latest = to[first]
+        same = kinds_of[first] goes_on[first] texts[first]
+        for (last = i; last < shown; last++) {
+            e = by_time[last + 1]
+            if (from[e] >= latest && kinds_of[e] ~ /^(call|run|shell)$/) break
+            if (to[e] > latest) latest = to[e]
+            if (kinds_of[e] != "take") same = same "\n" kinds_of[e] goes_on[e] texts[e]
+        }
+        if (!(same in drawn)) drawn[same] = first
+        times[drawn[same]]++
+        for (j = i; j <= last; j++) {
+            e = by_time[j]
+            if (drawn[same] == first || (kinds_of[e] == "take" && !(texts[e] in taken)))
+                by_time[++kept] = e
+            if (kinds_of[e] == "take") taken[texts[e]] = 1
+        }
+    }
+    shown = kept
+}
+
 function duration(seconds) {
+    if (seconds < 0.00095) return seconds ? int(seconds * 1e6 + 0.5) " us" : 0
     return seconds < 1 ? sprintf("%.4g ms", int(seconds * 10000 + 0.5) / 10) : sprintf("%.4g s", seconds)
 }
 
 function label(e,  text) {
     text = begins[kinds_of[e]] texts[e]
     if (goes_on[e]) return text " (goes on)"
+    if (times[e] > 1) text = text " (" times[e] " times)"
     return to[e] - from[e] < 0.001 || kinds_of[e] == "pause" ? text : text " (" duration(to[e] - from[e]) ")"
 }
 
@@ -161,12 +188,18 @@ function events(first, end,  i, e, lane, mark, text) {
             ends[lane, ++depth[lane]] = to[e]
             break
         }
-        text = label(e)
-        gsub(/\\/, "\\\\", text); gsub(/"/, "\\\"", text)
+        text = escaped(escaped(label(e), "\\"), "\"")
         out(sprintf("%s{\"name\":\"%s\",\"cat\":\"%s\",\"ph\":\"%s\",\"ts\":%.0f,\"dur\":%.0f,\"pid\":1,\"tid\":%d}",
             body == "" ? "" : ",", text, kinds_of[e], mark ? "i" : goes_on[e] ? "B" : "X", from[e] * 1e6,
             (to[e] - from[e]) * 1e6, lane))
     }
+}
+
+# In a string of JSON. What gsub makes of backslashes depends on the awk.
+function escaped(text, letter,  rest) {
+    for (rest = ""; index(text, letter); text = substr(text, index(text, letter) + 1))
+        rest = rest substr(text, 1, index(text, letter) - 1) "\\" letter
+    return rest text
 }
 
 function out(line) { body = body line "\n" }
@@ -180,6 +213,7 @@ function wanted(title,  i) {
 END {
     merge_shells()
     sort()
+    if (!trace) fold()
     top = 30
     # A boot, or a command and what it led to, makes a panel.
     for (first = 1; first <= shown; first = next_one) {

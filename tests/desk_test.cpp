@@ -59,7 +59,7 @@ TEST_F(DeskTest, ParamToolReadsAndChangesTheStore)
 TEST_F(DeskTest, ProgramsRefuseToRunWithoutTheMarkOfACameraRoot)
 {
     ASSERT_EQ(unlink("/.camera-root"), 0);
-    for (const std::string program : {"param", "cfgctl", "recorder", "leash", "receivers"}) {
+    for (const std::string program : {"param", "cfgctl", "recorder", "receivers"}) {
         const Outcome outcome = run_program({program, "--help"});
         EXPECT_EQ(outcome.result, 126) << program;
         EXPECT_EQ(outcome.out, "");
