@@ -64,9 +64,9 @@ static void join(const char *camera)
     const int mounts = space("mnt");
     const int others[] = {space("ipc"), space("net"), space("uts"), space("pid")};
     const int owner = ioctl(mounts, NS_GET_USERNS);
-    struct stat pids {};
-    struct stat own_users {};
-    struct stat owning_users {};
+    struct stat pids = {};
+    struct stat own_users = {};
+    struct stat owning_users = {};
     if (fstat(others[3], &pids) != 0 || fstat(users, &own_users) != 0 ||
         fstat(owner, &owning_users) != 0)
         fail("cannot join the camera");

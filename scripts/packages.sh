@@ -100,7 +100,7 @@ build_packages=(
     "bubblewrap:makes the camera root, the only place where anything runs"
     "busybox-static:the camera's userland"
     "dash:the camera's shell"
-    "util-linux:joins a running camera"
+    "util-linux:starts and locks a camera"
     "tzdata:the camera's zone files"
 )
 
@@ -127,6 +127,7 @@ test_packages=(
     "shellcheck:lint of the scripts"
     "doxygen:the reference, without warnings"
     "wpasupplicant:judges the supplicant file, without hardware or network"
+    "locales:numbers with commas, for the plot"
     "pkg-config:tests the installed library from outside"
     "abigail-tools:compares the binary interface with the one promised"
 )

@@ -96,8 +96,6 @@ class CfgctlTest : public CameraTest
         board_is("50");
         write_script("/tmp/bin/cfgctl", "exec ${EMULATOR:-} /tests/cfgctl \"$@\"");
         write_script("/tmp/bin/sleep", "");
-        for (const char *script : {"/etc_ro/udhcpc.kill", "/etc_ro/init.d/S30wifi"})
-            write_script(script, "exec nice -n 0 ${0##*/} $*");
     }
     static void board_is(const std::string &version)
     {
@@ -485,7 +483,7 @@ TEST_F(CfgctlTest, NetworkAndTime)
         {"wifi status", 0, "wlan          no\naccess_point  no\nnetworks      home\n"},
         {"rm /etc/wpa_supplicant.conf; param set wl2_ssid ''; param set wl_ssid '' -> wifi config", 0, "", "no network is stored"},
         {"rm /etc/wpa_supplicant.conf; mkdir /etc/wpa_supplicant.conf -> wifi config", 4, "", "cannot be written"},
-        {"wifi stop", 0, "", "", "run nice -n 0 udhcpc.kill wlan0; run killall wpa_supplicant"},
+        {"wifi stop", 0, "", "", "run udhcpc.kill wlan0; run killall wpa_supplicant"},
         {"echo 1 >/proc/live_streaming -> wifi restart", 4, "", "a live stream runs; nothing"},
         {"link wlan --json", 1, R"({"wlan": false})"},
         {"time zone", 4, "", "time_zone is not stored"},
