@@ -42,9 +42,11 @@
  * 6. Commands. The library drives the device with shell command lines. system()
  *    runs them in the foreground: a call returns when the command ends. Exit
  *    codes are ignored. A text from outside that becomes part of a line is
- *    refused when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' or
- *    a control character. It stands in the line as it is: a blank in it, where
- *    one is allowed, makes two words of it.
+ *    refused when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' * ? [
+ *    or a control character; a time server also for a blank, ~, # or a leading
+ *    "-"; a zone name for a blank, ~, # or a component ".."; a sound or a language
+ *    for a leading "-", and for ~ or # where a word begins. Blanks of a sound or a
+ *    language separate words, except where the line has quotes around it.
  *
  * 7. Processes and threads. Any number of processes may call functions at the
  *    same time; each function names the objects that processes share. Within a
@@ -261,14 +263,14 @@ CFG_API int cfg_setSkypeNoiseSuppressorEnable(uint32_t value);
 /*
  * Plays a spoken prompt with the AAC player: runs "demo_MXAacPlayer_ PATH".
  *
- * name  file name without a folder, at most 230 characters, no shell characters
+ * name  file name without a folder, at most 230 characters (convention 6)
  *
  * PATH is the first of these that exists and that the command line can hold:
  *     /mnt/sdcard/morvenix/LANGUAGE/speech/NAME    when the card is mounted
  *     /localization/LANGUAGE/NAME
  *     /audio/NAME                                  taken without a test
  * LANGUAGE is the stored "lang_name" (at most 15 characters of it on the card,
- * 31 in /localization); without one, or if it holds a shell character, the
+ * 31 in /localization); without one, or if convention 6 refuses it, the
  * paths that need it are skipped.
  *
  * A stored "io_speaker_volume" of 27, 0, or one that cannot be read first sets
@@ -286,7 +288,7 @@ CFG_API int voice_prompt(const char *name);
 /*
  * Plays an alert sound at raised priority, then restores the speaker.
  *
- * path  at most 225 characters, no shell characters; a path that contains
+ * path  at most 225 characters (convention 6); a path that contains
  *       ".aac" uses the AAC player, any other the WAV player
  *
  * Prints "alert<TAB>LINE cmd COMMAND" (without a bracket) and runs COMMAND,
@@ -899,8 +901,7 @@ CFG_API int smbu_add_recovery_job(const char *path);
  * Returns 0; -1 after "unknown index[INDEX]", after
  * "pclose fail, errno[N][TEXT]" when the command cannot be started, or after
  * "fgets fail, errno[N][TEXT]" when it prints nothing (errno is 0 when it just
- * ended), or when a signal whose handler lacks SA_RESTART interrupts the
- * reading (EINTR). Blocks until the command ends.
+ * ended). Signals do not end the reading. Blocks until the command ends.
  */
 CFG_API int cfg_getBoardInfo(unsigned long index, char *buf, int size);
 
@@ -1253,9 +1254,8 @@ CFG_API int cfg_wlan_is_up(void);
  * - /tmp/TZ is opened for the TZ string and a line feed. "tz_string = TZ" goes
  *   to standard error, without a bracket.
  * - Runs "rm -rf /etc/localtime" and "cp /usr/share/zoneinfo/NAME
- *   /tmp/localtime", the latter cut at 255 characters: at most 217 of a name
- *   leave it whole. It is not run for a name with a blank, a control or a shell
- *   character. The line reaches /tmp/TZ when both have ended.
+ *   /tmp/localtime", the latter unless the name has more than 217 characters or
+ *   convention 6 refuses it. The line reaches /tmp/TZ when both have ended.
  * - The relay client is told the name: message type 18, four bytes of length by
  *   appipc_set_uint32 and the text {"timezone":"NAME"}, not escaped. The
  *   message is allocated, and freed before the return.
@@ -1286,8 +1286,7 @@ CFG_API int cfg_restoreTimeZoneDst(void);
  *
  * enable  0: runs "killall ntpd" only; anything else: then runs "ntpd" with
  *         " -p SERVER" for each of the stored "time_server" and "time_server1"
- *         that is not empty. One that begins with "-" or has a blank, a
- *         control or a shell character counts as empty
+ *         that is not empty. One that convention 6 refuses counts as empty
  *
  * A command line of more than 255 characters is not run, and nothing says so;
  * else prints "cfg_setTimeSync  LINE", an empty line and "Do ntpd: COMMAND",
@@ -1399,10 +1398,12 @@ CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
  * read ends the list. Stored as "%s,%s,%s,%s", in the order of the fields, in
  * at most 255 characters.
  *
- * Fields are stored as they are given. An entry with a comma or a line feed in
- * one of the first three, or with one of these empty, would be another when it
- * is read back: viewer_add_config refuses it, viewer_set_config does not. A
- * blank ends `once`.
+ * Fields are stored as they are given; one without a terminator is too long. An
+ * empty passcode or credential ends what is read back: the fields behind it stay
+ * as they were, and are stored empty when another viewer is added or removed. An
+ * empty name, or a comma or a line feed in one of the first three fields, makes
+ * another entry of it: viewer_add_config refuses it, viewer_set_config does not.
+ * A blank ends `once`.
  *
  * No lock is held over reading and storing the list: of two changes at once one
  * can be lost. Reports of these functions begin "[cfg_set FUNCTION LINE] ". They
@@ -1412,7 +1413,7 @@ struct viewer_entry { /* 355 bytes, without gaps */
     char name[256];   /* what tells viewers apart; upper and lower case differ */
     char passcode[32];
     char credential[64];
-    char once[3]; /* a decimal number */
+    char once[3]; /* a decimal number, at most 2 digits */
 };
 
 /*
@@ -1434,7 +1435,7 @@ CFG_API int viewer_get_config(uint8_t *count, struct viewer_entry *list);
  * stay as they are.
  *
  * Prints "nvram   = KEY" and "buf     = VALUE" for each. A failed store ends
- * the list after "param_set fail". When any entry is too long to be stored:
+ * the list after "param_set fail". When any entry or field is too long:
  * "viewer is too long", and nothing is stored. Always returns 0.
  */
 CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
@@ -1451,8 +1452,8 @@ CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
  * Nothing is stored or told, and the result is
  *     0 after "viewer has been in viewerlist": one of the name is kept as it is
  *     10 after "Viewer List (10) has achieved Max number"
- *     -1 after "invalid viewer": the entry could not be read back as it is, or
- *        is too long to be stored whole
+ *     -1 after "invalid viewer": the entry would be another when read back, or
+ *        it or a field is too long
  * Entries of the list that are too long are stored again as far as they fit.
  */
 CFG_API int viewer_add_config(const struct viewer_entry *entry);
@@ -1485,13 +1486,14 @@ CFG_API int viewer_del_config(const struct viewer_entry *entry);
  * three characters of its first line, written to standard error as
  * "LABEL: ret = [REPLY]". The file is refused when the reply begins with 1 or is
  * -1, or after "LABEL: can't check file [PATH]" (standard error) when the
- * command cannot be started. LABEL is the setter's name, but for the alarm
- * sound "alarm_file_set_config". The check blocks until the command ends.
+ * command cannot be started or its reply not read. LABEL is the setter's name,
+ * but for the alarm sound "alarm_file_set_config". The check blocks until the
+ * command ends.
  *
  * Setters return 0, also after "param_set fail"; -1 when the file is refused,
- * or after "invalid path" when the path holds a control or a shell character or
- * is too long for its place (100 characters for one that is checked), with
- * nothing run or stored. A NULL path is not checked and handed to the store as
+ * or after "invalid path" when convention 6 refuses the path or it is too long
+ * for its place (100 characters for one that is checked), with nothing run or
+ * stored. A NULL path is not checked and handed to the store as
  * it is.
  */
 

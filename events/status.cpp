@@ -9,7 +9,7 @@ constexpr uint8_t STATUS_UNKNOWN = 255;
 
 int cfg_setDeviceStatus(uint8_t status)
 {
-    FILE *file = open_unbuffered(DEV_STATUS_FILE, "w");
+    FILE *file = open_unbuffered(DEV_STATUS_FILE, "we");
     if (!file) {
         REPORT("Fail to open %s file", DEV_STATUS_FILE);
         return -1;
@@ -26,7 +26,7 @@ int cfg_setDeviceStatus(uint8_t status)
 
 uint8_t cfg_getDeviceStatus(void)
 {
-    FILE *file = open_unbuffered(DEV_STATUS_FILE, "r");
+    FILE *file = open_unbuffered(DEV_STATUS_FILE, "re");
     if (!file) {
         REPORT("Fail to open %s file", DEV_STATUS_FILE);
         return STATUS_UNKNOWN;

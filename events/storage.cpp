@@ -36,7 +36,7 @@ EventQueue *cfg_set::getEventQueue()
         return queue;
 
     memset(queue, 0, sizeof *queue);
-    FILE *file = open_unbuffered(EVENT_QUEUE_FILE, "r+");
+    FILE *file = open_unbuffered(EVENT_QUEUE_FILE, "r+e");
     if (!file) {
         REPORT("[%s] not found", EVENT_QUEUE_FILE);
         return queue;
@@ -61,7 +61,7 @@ void cfg_set::putEventQueue(EventQueue *queue)
 
 int cfg_set::saveEventQueue(const EventQueue *queue)
 {
-    FILE *file = open_unbuffered(EVENT_QUEUE_FILE, "w+");
+    FILE *file = open_unbuffered(EVENT_QUEUE_FILE, "w+e");
     if (!file) {
         REPORT("fopen [%s] fail errno[%d][%s]", EVENT_QUEUE_FILE, errno, strerror(errno));
         return -1;

@@ -35,22 +35,16 @@ int cfg_getBoardInfo(unsigned long index, char *buf, int size)
         return -1;
     }
 
-    FILE *pipe = popen(command, "r");
-    if (!pipe) {
+    const int read = command_line(command, buf, size);
+    if (read <= 0) {
         // "pclose" for a failed open is the text that log readers look for.
-        REPORT("pclose fail, errno[%d][%s]", errno, strerror(errno));
-        return -1;
-    }
-    errno = 0; // an end of file sets none, and an old one would mislead
-    if (!fgets(buf, size, pipe)) {
-        REPORT("fgets fail, errno[%d][%s]", errno, strerror(errno));
-        pclose(pipe);
+        REPORT("%s fail, errno[%d][%s]", read == NOT_STARTED ? "pclose" : "fgets", errno,
+               strerror(errno));
         return -1;
     }
     char *newline = strchr(buf, '\n');
     if (newline)
         *newline = '\0';
-    pclose(pipe);
     return 0;
 }
 

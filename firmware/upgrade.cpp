@@ -12,7 +12,7 @@ using namespace cfg_set;
 
 constexpr int LIST_LINE_SIZE = 32;
 constexpr pid_t INIT = 1;
-constexpr int QUIET_COUNT = 2; // processes that may be left below INIT
+constexpr unsigned QUIET_COUNT = 2; // processes that may be left below INIT
 constexpr int QUIET_ATTEMPTS = 20;
 
 #define FW_BASE_VERSION "v5.0.44"
@@ -25,10 +25,10 @@ constexpr size_t SPEECH_VALUE_SIZE = 16;
 // The process id of the Wi-Fi driver's command thread, 0 when there is none.
 static pid_t wifi_command_thread()
 {
-    FILE *pipe = popen("ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'", "r");
+    FILE *pipe = popen("ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'", "re");
     char line[LIST_LINE_SIZE] = "";
-    if (!pipe || !fgets(line, sizeof line, pipe))
-        return 0;
+    if (pipe)
+        read_line(pipe, line, sizeof line);
     // The pipe stays open: waiting for its end is not this function's to do.
     // cppcheck-suppress resourceLeak
     return to_int(line);
@@ -39,7 +39,7 @@ static pid_t wifi_command_thread()
 static void terminate_listed(FILE *list, pid_t self, pid_t spared)
 {
     char line[LIST_LINE_SIZE];
-    while (fgets(line, sizeof line, list)) {
+    while (read_line(list, line, sizeof line) > 0) {
         const pid_t pid = isdigit((unsigned char)line[0]) ? to_int(line) : 0;
         if (pid <= 0 || pid == self || pid == INIT || pid == spared)
             continue;
@@ -48,14 +48,15 @@ static void terminate_listed(FILE *list, pid_t self, pid_t spared)
     }
 }
 
-// How many lines of the list are the number of init.
+// How many lines of the list are the number of init, -1 when it cannot be read.
 static int count_of_init(FILE *list)
 {
     int count = 0;
     char line[LIST_LINE_SIZE];
-    while (fgets(line, sizeof line, list))
+    int read;
+    while ((read = read_line(list, line, sizeof line)) > 0)
         count += isdigit((unsigned char)line[0]) && to_int(line) == INIT;
-    return count;
+    return read < 0 ? read : count;
 }
 
 int cfg_killProcess(void)
@@ -64,7 +65,7 @@ int cfg_killProcess(void)
     run("killall watchdog; disable_watchdog");
     run("echo \"\" > /proc/sys/kernel/hotplug");
 
-    FILE *list = popen("ps | awk '{ print $1 }'", "r");
+    FILE *list = popen("ps | awk '{ print $1 }'", "re");
     const int error = errno;
     const pid_t iPidRTW = wifi_command_thread();
     REPORT("iPidRTW = %d", iPidRTW);
@@ -76,12 +77,12 @@ int cfg_killProcess(void)
     pclose(list);
 
     for (int attempt = 1; attempt <= QUIET_ATTEMPTS; attempt++) {
-        FILE *parents = popen("ps -l | awk '{ print $4}'", "r");
+        FILE *parents = popen("ps -l | awk '{ print $4}'", "re");
         if (parents) {
             const int dwCount = count_of_init(parents);
             pclose(parents);
             REPORT("dwCount: %d", dwCount);
-            if (dwCount <= QUIET_COUNT)
+            if ((unsigned)dwCount <= QUIET_COUNT)
                 return 0;
         } else {
             REPORT("popen fail errno[%d][%s]", errno, strerror(errno));

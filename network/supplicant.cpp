@@ -1,7 +1,9 @@
 #include "settings/stored.h"
 
+#include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace cfg_set;
 
@@ -135,16 +137,30 @@ static void write_network(FILE *fp, int index, const char *bssid)
         generate_config_block(fp, index, ssid, key, bssid);
 }
 
+// The file, emptied, which nobody else may read: it holds keys. Null when it
+// cannot be opened.
+static FILE *open_private(const char *path)
+{
+    constexpr mode_t OWNER = S_IRUSR | S_IWUSR;
+    const int file = open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, OWNER);
+    if (file < 0)
+        return nullptr;
+    fchmod(file, OWNER); // of one that was there; a file system without modes refuses
+    FILE *stream = fdopen(file, "w+");
+    if (!stream)
+        close(file);
+    return stream;
+}
+
 int cfg_restoreWiFiConfig(void)
 {
     char bssid[SETUP_SIZE];
     const bool pinned = pinned_access_point(bssid, sizeof bssid);
-    FILE *file = fopen(SUPPLICANT_FILE, "w+");
+    FILE *file = open_private(SUPPLICANT_FILE);
     if (!file) {
         fprintf(stderr, "Error opening %s.\n", SUPPLICANT_FILE);
         return -1;
     }
-    fchmod(fileno(file), S_IRUSR | S_IWUSR); // it holds keys
     fputs("ctrl_interface=/var/run/wpa_supplicant\n"
           "eapol_version=1\n"
           "fast_reauth=1\n",

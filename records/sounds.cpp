@@ -21,15 +21,11 @@ static bool is_built_in(const char *path)
 // Whether AudioCheck takes the file. `label` begins what is told of it.
 static bool passes_check(const char *path, const char *command, const char *label)
 {
-    FILE *pipe = popen(command, "r");
-    if (!pipe) {
+    char reply[REPLY_SIZE] = "";
+    if (command_line(command, reply, sizeof reply) < 0) {
         fprintf(stderr, "%s: can't check file [%s]\n", label, path);
         return false;
     }
-    char reply[REPLY_SIZE] = "";
-    const char *end = fgets(reply, sizeof reply, pipe);
-    (void)end;
-    pclose(pipe);
     fprintf(stderr, "%s: ret = [%s]\n", label, reply);
     return *reply != '1' && to_int(reply) != -1;
 }

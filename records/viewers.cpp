@@ -23,11 +23,14 @@ static void slot_key(char *key, int slot)
     format(key, KEY_SIZE, "viewer_list_%02d", slot);
 }
 
-// The stored form of an entry; false when it is cut to fit.
+// The stored form of an entry; false when it or a field is cut to fit.
 static bool viewer_value(const struct viewer_entry *entry, char *value)
 {
-    return format(value, VALUE_SIZE, "%.256s,%.32s,%.64s,%.3s", entry->name, entry->passcode,
-                  entry->credential, entry->once);
+    return format(value, VALUE_SIZE, "%.255s,%.31s,%.63s,%.2s", entry->name, entry->passcode,
+                  entry->credential, entry->once) &&
+           memchr(entry->passcode, '\0', sizeof entry->passcode) &&
+           memchr(entry->credential, '\0', sizeof entry->credential) &&
+           memchr(entry->once, '\0', sizeof entry->once);
 }
 
 static bool is_named(const struct viewer_entry *entry, const char *name)
@@ -35,12 +38,11 @@ static bool is_named(const struct viewer_entry *entry, const char *name)
     return strncmp(entry->name, name, sizeof entry->name) == 0;
 }
 
-// Whether a field would be read back as it is.
-static bool is_legible(const char *field, size_t size)
+// Whether nothing in the field begins another when it is read back.
+static bool is_one_field(const char *field, size_t size)
 {
     const size_t length = strnlen(field, size);
-    return length > 0 && length < size && !memchr(field, ',', length) &&
-           !memchr(field, '\n', length);
+    return !memchr(field, ',', length) && !memchr(field, '\n', length);
 }
 
 // Each field is cut to its place; those that the text does not reach stay as
@@ -70,8 +72,8 @@ static int tell_relay(int32_t command, const struct viewer_entry *entry)
     format(message.name, sizeof message.name, "%.256s", entry->name);
     format(message.passcode, sizeof message.passcode, "%.32s", entry->passcode);
     format(message.credential, sizeof message.credential, "%.64s", entry->credential);
-    char once[sizeof entry->once + 1];
-    format(once, sizeof once, "%.3s", entry->once);
+    char once[sizeof entry->once];
+    format(once, sizeof once, "%.2s", entry->once);
     message.once = to_int(once);
     return msg2relay(&message);
 }
@@ -149,9 +151,9 @@ int viewer_add_config(const struct viewer_entry *entry)
         }
     }
     char value[VALUE_SIZE];
-    if (!is_legible(entry->name, sizeof entry->name) ||
-        !is_legible(entry->passcode, sizeof entry->passcode) ||
-        !is_legible(entry->credential, sizeof entry->credential) || !viewer_value(entry, value)) {
+    if (!*entry->name || !is_one_field(entry->name, sizeof entry->name) ||
+        !is_one_field(entry->passcode, sizeof entry->passcode) ||
+        !is_one_field(entry->credential, sizeof entry->credential) || !viewer_value(entry, value)) {
         REPORT_MODULE("invalid viewer");
         return -1;
     }

@@ -131,7 +131,7 @@ int cfg_setSkypeNoiseSuppressorEnable(uint32_t)
 
 bool cfg_set::sdcard_mounted()
 {
-    FILE *mounts = fopen("/proc/mounts", "r");
+    FILE *mounts = fopen("/proc/mounts", "re");
     if (!mounts) {
         fprintf(stderr, "%s:%d error opening /proc/mounts...\n", HERE);
         return false;

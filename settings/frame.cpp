@@ -21,25 +21,24 @@ bool cfg_set::format(char *buffer, size_t size, const char *text, ...)
     return length >= 0 && (size_t)length < size;
 }
 
-#define SHELL_CHARACTERS ";&|<>()$`\\\"'"
-
-// What each kind of word may not hold, beside control characters.
-static const struct {
-    const char *refused;
-    bool dash; // whether it may begin with one
-} WORDS[] = {
-    {SHELL_CHARACTERS, true},      // SOUND_WORD
-    {" " SHELL_CHARACTERS, true},  // ZONE_WORD
-    {" " SHELL_CHARACTERS, false}, // SERVER_WORD
-};
-
 bool cfg_set::harmless(const char *text, Word kind)
 {
-    if (*text == '-' && !WORDS[kind].dash)
+    if (*text == '-' && kind != ZONE_WORD) // names of zone files have a folder before them
         return false;
-    for (; *text; text++)
-        if ((unsigned char)*text < ' ' || *text == '\x7f' || strchr(WORDS[kind].refused, *text))
+    const char *refused = "~# ;&|<>()$`\\\"'*?[";
+    if (kind == SOUND_WORD)
+        refused += strlen("~# ");
+    bool begins = true; // a word of a sound, a component of a zone
+    for (; *text; text++) {
+        if ((unsigned char)*text < ' ' || *text == '\x7f' || strchr(refused, *text))
             return false;
+        if (begins && (*text == '~' || *text == '#'))
+            return false;
+        if (begins && kind == ZONE_WORD && text[0] == '.' && text[1] == '.' &&
+            (text[2] == '/' || text[2] == '\0'))
+            return false;
+        begins = *text == (kind == ZONE_WORD ? '/' : ' ');
+    }
     return true;
 }
 
@@ -93,25 +92,52 @@ void cfg_set::wait_for(long nanoseconds)
         continue;
 }
 
-bool cfg_set::command_line(const char *command, char *line, int size)
+int cfg_set::read_line(FILE *stream, char *line, int size)
 {
-    FILE *pipe = popen(command, "r");
+    int length = 0;
+    int character = 0;
+    while (length < size - 1 && character != '\n') {
+        character = getc(stream);
+        if (character != EOF) {
+            line[length++] = (char)character;
+            continue;
+        }
+        if (!ferror(stream))
+            break;
+        if (errno != EINTR) {
+            *line = '\0';
+            return -1;
+        }
+        clearerr(stream);
+        errno = 0; // an end of the stream sets none
+    }
+    if (size <= 0 || (length == 0 && character == EOF))
+        return 0;
+    line[length] = '\0';
+    return 1;
+}
+
+int cfg_set::command_line(const char *command, char *line, int size)
+{
+    FILE *pipe = popen(command, "re");
     if (!pipe)
-        return false;
-    const bool read = fgets(line, size, pipe) != nullptr;
+        return NOT_STARTED;
+    errno = 0; // an end sets none, and an old one would mislead
+    const int read = read_line(pipe, line, size);
+    const int error = errno;
     pclose(pipe);
+    errno = error;
     return read;
 }
 
 bool cfg_set::file_line(const char *path, char *line, int size)
 {
-    FILE *file = fopen(path, "r");
+    FILE *file = fopen(path, "re");
     if (!file)
         return false;
     char buffer[SMALL_FILE_SIZE]; // or stdio asks how large to make one, and allocates it
     setvbuf(file, buffer, _IOFBF, sizeof buffer);
-    const char *end = fgets(line, size, file);
-    (void)end;
+    read_line(file, line, size);
     fclose(file);
     return true;
 }
@@ -135,7 +161,7 @@ int cfg_set::file_number(const char *path, int missing)
 
 bool cfg_set::put_file(const char *path, const char *bytes, size_t length)
 {
-    FILE *file = open_unbuffered(path, "w");
+    FILE *file = open_unbuffered(path, "we");
     if (!file)
         return false;
     fwrite(bytes, 1, length, file);

@@ -45,24 +45,29 @@ void run(const char *command);
 // Sleeps for at most a second, also when signals arrive.
 void wait_for(long nanoseconds);
 
-// What a text from outside is, that becomes part of a command line.
+// What a text from outside is, that becomes part of a command line. Convention 6
+// of cfg_set.h says what is refused in each.
 enum Word {
-    SOUND_WORD,  // a path or name of a sound, or a language: may have blanks
-    ZONE_WORD,   // a name of a zone file
-    SERVER_WORD, // a time server: could be taken for an option
+    SOUND_WORD, // path or name of a sound, or a language
+    ZONE_WORD,  // name of a zone file
+    SERVER_WORD // time server
 };
 
-// Whether a command line may hold the text as what it is: nothing in it acts on
-// the shell, ends a quotation or makes another word.
+// Whether a shell takes the text as it stands: as one word, or as several with
+// a blank between them. Nothing in it ends a quotation or matches a file.
 bool harmless(const char *text, Word kind);
 
-// The first line that `command` prints, as fgets reads it into `size` bytes.
-// False when the command cannot be started or prints nothing; `line` is then
-// as it was.
-bool command_line(const char *command, char *line, int size);
+// fgets that a signal neither ends nor costs what it has read. 1 when there is a
+// line; 0 at the end, with `line` as it was; -1, and an empty `line`, when
+// reading fails.
+int read_line(FILE *stream, char *line, int size);
 
-// The first line of the file, as fgets reads it. False when the file cannot be
-// opened; a file without a line leaves `line` as it was.
+// read_line of the first line that `command` prints, with errno 0 at its end;
+// NOT_STARTED, with `line` as it was, when the command cannot be started.
+constexpr int NOT_STARTED = -2;
+int command_line(const char *command, char *line, int size);
+
+// read_line of the first line of the file. False when it cannot be opened.
 bool file_line(const char *path, char *line, int size);
 
 // One read of at most `size` - 1 bytes, terminated. The count of bytes, 0 when

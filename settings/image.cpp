@@ -112,7 +112,7 @@ int cfg_isRlampVersion(void)
 
 int wled_mode(uint32_t mode)
 {
-    FILE *lamp = fopen(WLED_FILE, "w+"); // the driver keeps its mode through it
+    FILE *lamp = fopen(WLED_FILE, "w+e"); // the driver keeps its mode through it
     if (!lamp)
         return REPORT("open %s file fail", WLED_FILE);
     char buffer[SMALL_FILE_SIZE]; // what is written goes out in fclose, which tells of a failure
@@ -145,7 +145,7 @@ int cfg_restoreWLEDEnable(void)
 
 int rlamp_mode(int mode)
 {
-    FILE *lamp = open_unbuffered("/proc/rlamp_mode", "w");
+    FILE *lamp = open_unbuffered("/proc/rlamp_mode", "we");
     if (!lamp) {
         REPORT("open file fail");
         return -1;

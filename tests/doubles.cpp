@@ -282,7 +282,7 @@ time_t time(time_t *result)
 
 FILE *popen(const char *line, const char *mode)
 {
-    EXPECT_STREQ(mode, "r");
+    EXPECT_STREQ(mode, "re");
     const std::string call = std::string("popen ") + line;
     if (result_of(call, call) != 0)
         return nullptr;
@@ -296,9 +296,10 @@ int pclose(FILE *stream) { EXPECT_EQ(pipes.erase(stream), 1U); return fclose(str
 
 FILE *fopen(const char *path, const char *mode)
 {
+    EXPECT_TRUE(!in_row || mode[strlen(mode) - 1] == 'e') << path << " stays open on exec";
     if (!drivers || !in_row || std::string(path).rfind("/proc/", 0) != 0 || mode[0] != 'w' || std::filesystem::is_directory(path))
         return real<FILE *(const char *, const char *)>("fopen")(path, mode);
-    record(std::string("fopen ") + path + " " + mode);
+    record(std::string("fopen ") + path + " " + std::string(mode, strlen(mode) - 1));
     driver = read_file(path);
     position = 0;
     return open_driver(mode);

@@ -31,13 +31,37 @@ TEST_F(FrameTest, NumbersAreTheSameOnBothWordWidths)
 static std::string got(const char *command)
 {
     char line[5] = "kept";
-    const bool any = command_line(command, line, sizeof line);
+    const int any = command_line(command, line, sizeof line);
     return words(any, line);
+}
+
+// Three lines of "abcdef\n", of which a signal (or an error) comes before each byte.
+static std::string pieces(int error)
+{
+    struct Bytes {
+        int error;
+        size_t reads;
+    } bytes = {error, 0};
+    const auto read = [](void *cookie, char *buffer, size_t) -> ssize_t {
+        auto &[failure, reads] = *static_cast<Bytes *>(cookie);
+        if (reads++ % 2 == 0)
+            return errno = failure, -1;
+        return static_cast<ssize_t>(std::string("abcdef\n").copy(buffer, 1, std::min<size_t>(reads / 2 - 1, 7)));
+    };
+    FILE *stream = fopencookie(&bytes, "r", {read, nullptr, nullptr, nullptr});
+    std::string said;
+    char line[5] = "kept";
+    for (int i = 0; i < 3; i++) {
+        const int result = read_line(stream, line, sizeof line);
+        said += (i > 0 ? " " : "") + words(result, line);
+    }
+    fclose(stream);
+    return said;
 }
 
 static size_t written(size_t size)
 {
-    FILE *file = open_unbuffered("/proc/value", "w");
+    FILE *file = open_unbuffered("/proc/value", "we");
     const size_t count = file ? fwrite(std::string(size, 'x').c_str(), 1, size, file) : 0;
     param_save(); // is told after the write
     return file ? count + static_cast<size_t>(fclose(file)) : count;
@@ -49,6 +73,9 @@ TEST_F(FrameTest, CommandsAndFiles)
     check({
         {{{"$ a", "abcde"}}, {}, CALL(got("a")), "1 abcd", {"popen a"}, ""},
         {{{"$ a", ""}}, {}, CALL(got("a")), "0 kept", {"popen a"}, ""},
+        {{}, {"popen a"}, CALL(got("a")), "-2 kept", {"popen a"}, ""},
+        {{}, {}, CALL(pieces(EINTR)), "1 abcd 1 ef\n 0 ef\n", {}, ""},
+        {{}, {}, CALL(pieces(EIO)), "-1  -1  -1 ", {}, ""},
         {{{"/tmp/value", "longer"}}, {}, CALL(put_file("/tmp/value", "2", 2)), 1, {"wrote /tmp/value 2\\0"}, ""},
         {{}, {}, CALL(put_file("/tmp", "2", 2)), 0, {}, ""},
         {{}, {}, CALL(written(5000)), 5000, {"fopen /proc/value w", "write " + std::string(5000, 'x'), "save", "fclose"}, ""},
@@ -59,16 +86,20 @@ TEST_F(FrameTest, CommandsAndFiles)
     });
 }
 
-TEST_F(FrameTest, WordsOfACommandLineHoldNothingThatActsOnTheShell)
+TEST_F(FrameTest, WordsOfACommandLineAreWhatTheShellTakesThemFor)
 {
     for (int character = 1; character < 256; character++) {
         const std::string text = {'a', static_cast<char>(character), 'z'};
-        const bool acts = character < ' ' || character == 0x7f || strchr(";&|<>()$`\\\"'", character);
+        const bool acts = character < ' ' || character == 0x7f || strchr(";&|<>()$`\\\"'*?[", character);
         EXPECT_EQ(harmless(text.c_str(), SOUND_WORD), !acts) << character;
         for (const Word kind : {ZONE_WORD, SERVER_WORD})
-            EXPECT_EQ(harmless(text.c_str(), kind), !acts && character != ' ') << character;
+            EXPECT_EQ(harmless(text.c_str(), kind), !acts && !strchr(" ~#", character)) << character;
     }
-    EXPECT_TRUE(harmless("-a", SOUND_WORD) && harmless("-a", ZONE_WORD) && harmless("a-", SERVER_WORD) && !harmless("-a", SERVER_WORD));
+    // Sound, zone, server.
+    for (const auto &[text, good] : std::map<std::string, std::string>{
+             {"", "111"}, {"-a", "010"}, {"a-", "111"}, {"a -b", "100"}, {"~a", "000"}, {"a ~", "000"}, {"a #1", "000"}, {"#1", "000"},
+             {"..", "101"}, {"../a", "101"}, {"/..", "101"}, {"a//../b", "101"}, {"a/..", "101"}, {"a..", "111"}, {"a/..b/.../.c", "111"}, {".", "111"}})
+        EXPECT_EQ(word(harmless(text.c_str(), SOUND_WORD)) + word(harmless(text.c_str(), ZONE_WORD)) + word(harmless(text.c_str(), SERVER_WORD)), good) << text;
 }
 
 TEST_F(FrameTest, TextsEndWhereTheirBuffersDo)

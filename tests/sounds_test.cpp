@@ -79,7 +79,7 @@ TEST_F(SoundsTest, FilesOutsideTheSoundFolderAreChecked)
         add(p + "p", {{}, {}, {}, -1, {}, "invalid path"});
         add(built_in, {{}, {}, {}, 0, stored(built_in), ""});
         add(built_in + "p", {{}, {}, {}, -1, {}, "invalid path"});
-        for (const char *bad : {"/audio/x;y", "bad\".aac", "a$b", "/audio/a\n", "a'b"}) // what a shell would act on
+        for (const char *bad : {"/audio/x;y", "bad\".aac", "a$b", "/audio/a\n", "a'b", "/audio/?", "a #1"}) // what a shell would act on
             add(bad, {{}, {}, {}, -1, {}, "invalid path"});
     }
     check(rows);

@@ -11,6 +11,15 @@ using namespace doubles;
 
 using SupplicantTest = LibraryTest;
 
+static bool without_modes; // the file system
+
+int fchmod(int file, mode_t mode) noexcept
+{
+    struct stat state = {};
+    EXPECT_TRUE(fstat(file, &state) == 0 && state.st_size == 0) << "a key was written before";
+    return without_modes ? -1 : chmod("/etc/wpa_supplicant.conf", mode);
+}
+
 // clang-format off
 static const std::string FILE_PATH = "/etc/wpa_supplicant.conf";
 static const std::string HEAD = "ctrl_interface=/var/run/wpa_supplicant\neapol_version=1\nfast_reauth=1\n";
@@ -25,7 +34,7 @@ static std::string wrote(const std::string &text) { return "wrote " + FILE_PATH 
 
 static std::string generated(const char *ssid, const char *key, const char *bssid)
 {
-    FILE *file = fopen("/tmp/blocks", "w");
+    FILE *file = fopen("/tmp/blocks", "we");
     generate_config_block(file, 0, ssid, key, bssid);
     fclose(file);
     std::string text = read_file("/tmp/blocks");
@@ -93,7 +102,20 @@ TEST_F(SupplicantTest, AStoreOfFourNetworksBecomesAFileOfFour)
     const Calls keys = {"wl_ssid 256", "wl_psk 256", "wl1_ssid 256", "wl1_psk 256", "wl2_ssid 256", "wl2_psk 256", "wl3_ssid 256", "wl3_psk 256"};
     EXPECT_EQ(judged(four), R"('home''Attic \"2\" #1''Attic \"2\" #1''\r\t \\'\xff''caf\xc3\xa9')");
     const auto first = [&](const char *setup, const std::string &address) { auto given = four; given["orb_setup"] = setup; given["app_ip"] = address; return given; };
-    EXPECT_EQ(std::filesystem::status(FILE_PATH).permissions(), std::filesystem::perms(0600)) << "it holds keys";
+    const auto made_with = [&](int old) { // the mode of the file, and of the one that was there
+        remove(FILE_PATH.c_str());
+        if (old)
+            write_file(FILE_PATH, "old");
+        chmod(FILE_PATH.c_str(), static_cast<mode_t>(old));
+        judged(four);
+        return static_cast<int>(std::filesystem::status(FILE_PATH).permissions());
+    };
+    EXPECT_EQ(made_with(0666), 0600) << "it holds keys";
+    without_modes = true;
+    umask(0);
+    EXPECT_EQ(made_with(0), 0600) << "from its beginning";
+    EXPECT_EQ(made_with(0644), 0644) << "and is written all the same";
+    without_modes = false;
     remove(FILE_PATH.c_str());
     check({
         {first("0", "A4:1:2:3:4:5"), {},                CALL(cfg_restoreWiFiConfig()), 0, pinned, ""},

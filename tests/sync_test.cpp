@@ -34,7 +34,7 @@ TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
         row("ntp0.example.net", "", "ntpd -p ntp0.example.net"),
         row("", "192.0.2.1", "ntpd -p 192.0.2.1"),
         row("%s", "2001:db8::1", "ntpd -p %s -p 2001:db8::1"),
-        row("a-b", "a b", "ntpd -p a-b"), row("-a", "b;c", "ntpd"), row("b\x01", "$c", "ntpd"), row("b\x7f", "\n", "ntpd"), // not what a shell or ntpd would act on
+        row("a-b", "a b", "ntpd -p a-b"), row("-a", "b;c", "ntpd"), row("b\x01", "$c", "ntpd"), row("b\x7f", "\n", "ntpd"), row("*", "[-]*", "ntpd"), row("a#", "~", "ntpd"), // not what a shell or ntpd would act on
         // "ntpd", and " -p " before each server, in at most 255 characters
         row(server(247), "", "ntpd -p " + server(247)),
         row(server(248), "", ""),

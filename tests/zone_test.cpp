@@ -67,7 +67,8 @@ static std::string looked_up(const std::string &name)
 static Calls files(const std::string &zone)
 {
     const Calls removed = {"system rm -rf /etc/localtime"};
-    return zone.find_first_of(" ;\n\"") == std::string::npos ? removed + Calls{("system cp /usr/share/zoneinfo/" + zone + " /tmp/localtime").substr(0, 7 + 255)} : removed;
+    const bool copied = zone.size() <= 217 && zone.find_first_of(" ;\n\"*?[~#") == std::string::npos && zone.find("../") == std::string::npos;
+    return copied ? removed + Calls{"system cp /usr/share/zoneinfo/" + zone + " /tmp/localtime"} : removed;
 }
 static Calls applied(const std::string &zone, const std::string &tz)
 {
@@ -110,9 +111,11 @@ TEST_F(ZoneTest, WithoutARowTheOffsetMakesTheString)
         offset(480, "GMT-0800"), offset(-300, "GMT+0500"), offset(330, "GMT-0530"), offset(-570, "GMT+0930"), offset(0, "GMT-0000"), offset(-30, "GMT+0030"), offset(59, "GMT-0059"),
         offset(-1, "GMT+0001"), offset(60, "GMT-0100"), offset(-60, "GMT+0100"), offset(1439, "GMT-2359"), offset(1440, "GMT-2400"), offset(-1440, "GMT+2400"),
         offset(480, "GMT-0800" + summer, 1), offset(-330, "GMT+0530" + summer, 1), named("Mars/Olympus", "GMT+0930" + summer, -570, 1),
-        named("a;b", "GMT-0000", 0, 0), named("a b", "GMT-0000", 0, 0), named("a\"\n", "GMT-0000", 0, 0), named("-a", "GMT-0000", 0, 0), // no copy for what a shell would act on
+        named("a;b", "GMT-0000", 0, 0), named("a b", "GMT-0000", 0, 0), named("a\"\n", "GMT-0000", 0, 0), named("-a", "GMT-0000", 0, 0),
+        named(std::string(200, '/') + "../../../[mu][ns][tr]/[s]*/ntpd", "GMT-0000", 0, 0), named(n.substr(51) + "/../../../mnt/sdcard/e", "GMT-0000", 0, 0),
+        named("a?c", "GMT-0000", 0, 0), named("~", "GMT-0000", 0, 0), named("a#c", "GMT-0000", 0, 0), named("../a", "GMT-0000", 0, 0), // no copy of these
         invalid(1441, 0), invalid(-1441, 0), invalid(INT32_MIN, 0), invalid(0, 2), invalid(0, UINT32_MAX),
-        named(n.substr(38), "GMT-0000", 0, 0), named(n.substr(37), "GMT-0000", 0, 0), named(n.substr(22), "GMT-0000", 0, 0), named(n, "GMT-0000", 0, 0), // the copy command is cut
+        named(n.substr(38), "GMT-0000", 0, 0), named(n.substr(37), "GMT-0000", 0, 0), named(n.substr(22), "GMT-0000", 0, 0), named(n, "GMT-0000", 0, 0), // no copy with a line that is cut
         {{{"time_zone_str", "x"}}, {"get time_zone_str"}, CALL(cfg_setTimeZoneDst(0, 0)), 0, applied("", "GMT-0000"), "! | tz_string = GMT-0000"},
         {{{"/tmp/TZ/", ""}}, {}, CALL(cfg_setTimeZoneDst(0, 0)), -1, {}, "fopen fail"},
         {{{"time_zone", "-570"}, {"time_dst", "1"}}, {}, CALL(cfg_restoreTimeZoneDst()), 0, applied("", "GMT+0930" + summer), "! | tz_string = GMT+0930" + summer, {"time_zone 256", "time_dst 256", "time_zone_str 256"}},

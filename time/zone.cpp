@@ -28,7 +28,7 @@ static void copy_tz_string(const char *rest, char *out)
 
 int cfg_set::lookup_tz_string(const char *name, char *out)
 {
-    FILE *table = fopen("/etc_ro/time_zone", "r");
+    FILE *table = fopen("/etc_ro/time_zone", "re");
     if (!table)
         return 0;
     const size_t length = strlen(name);
@@ -80,8 +80,6 @@ int cfg_setTimeZoneDst(int offset_minutes, uint32_t dst)
 {
     char zone[VALUE_SIZE] = "";
     param_get("time_zone_str", zone, sizeof zone);
-    char copy[COMMAND_SIZE]; // cut where the name is too long for it
-    format(copy, sizeof copy, "cp /usr/share/zoneinfo/%s", zone);
     char tz[TZ_STRING_SIZE];
     if (!*zone || !lookup_tz_string(zone, tz)) {
         if (offset_minutes < -OFFSET_MAX || offset_minutes > OFFSET_MAX || dst > 1) {
@@ -91,18 +89,18 @@ int cfg_setTimeZoneDst(int offset_minutes, uint32_t dst)
         gmt_string(offset_minutes, dst == 1, tz);
     }
 
-    FILE *file = fopen("/tmp/TZ", "w+");
+    FILE *file = fopen("/tmp/TZ", "w+e");
     if (!file) {
         REPORT("fopen fail");
         return -1;
     }
     fprintf(stderr, "tz_string = %s\n", tz);
     fprintf(file, "%s\n", tz);
-    char command[COMMAND_SIZE];
-    format(command, sizeof command, "%s /tmp/localtime", copy);
     run("rm -rf /etc/localtime");
-    if (harmless(zone, ZONE_WORD))
-        run(command);
+    char copy[COMMAND_SIZE];
+    if (harmless(zone, ZONE_WORD) &&
+        format(copy, sizeof copy, "cp /usr/share/zoneinfo/%s /tmp/localtime", zone))
+        run(copy);
     fclose(file); // the line gets there now: who sees it can read the zone file too
     notify_relay(zone, HERE);
     return 0;

@@ -219,7 +219,8 @@ int smbu_get_config(char *user, int user_len, char *target, int target_len, char
     get_wanted("cifs_size", size, size_len);
     if (mounted) {
         char first[2];
-        *mounted = command_line("cat /proc/mounts | grep /mnt/cifs", first, sizeof first) ? 1 : 0;
+        *mounted =
+            command_line("cat /proc/mounts | grep /mnt/cifs", first, sizeof first) > 0 ? 1 : 0;
     }
     return 0;
 }
