@@ -1048,7 +1048,7 @@ CFG_API int cfg_killProcess(void);
 CFG_API int cfg_isPlayingMusic(void);
 
 /*
- * Whether `version` is newer than this firmware's base version, "v5.0.44": 0
+ * Whether `version` is newer than "v5.0.44", whatever the firmware's own is: 0
  * yes, -1 no (equal, older or not a version). A version is "v" and three
  * decimal integers with dots between them; what follows is ignored, and a
  * number that no int holds counts as the nearest one.

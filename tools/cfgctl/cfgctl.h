@@ -101,10 +101,7 @@ bool is_secret(const Word &word);
 // What stands for a secret that is not shown.
 constexpr const char *HIDDEN = "***";
 
-// The next line of standard input; false at its end.
-bool read_line(std::string &line);
-
-// The same, which has to be there.
+// The next line of standard input, which has to be there.
 std::string line_of_input();
 
 // The first line of a file, empty when it cannot be read.

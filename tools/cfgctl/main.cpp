@@ -349,19 +349,13 @@ const Action *find_action(const std::string &verb, const std::string &name)
     return nullptr;
 }
 
-bool read_line(std::string &line)
-{
-    line.clear();
-    int c;
-    while ((c = std::getchar()) != EOF && c != '\n')
-        line += static_cast<char>(c);
-    return c != EOF || !line.empty();
-}
-
 std::string line_of_input()
 {
     std::string line;
-    if (!read_line(line))
+    int c;
+    while ((c = std::getchar()) != EOF && c != '\n')
+        line += static_cast<char>(c);
+    if (c == EOF && line.empty())
         fail(USAGE, "no line on standard input");
     return line;
 }

@@ -123,7 +123,7 @@ void take_back(std::vector<Change> &changes)
         if (change->by_setter() && change->is_applied)
             change->setting->set(cfg_set::to_number(change->old.value_or("0").c_str(), 10));
         const char *key = change->key.c_str();
-        if (change->is_stored && !(change->by_setter() && change->is_there()) &&
+        if (change->is_stored && stored(change->key) != change->old &&
             (change->old ? param_set(key, change->old->c_str()) : param_unset(key)) != 0)
             complain("the old value of " + change->key + " cannot be stored again");
     }
@@ -181,7 +181,7 @@ std::vector<Change> wanted(const Call &call)
             changes.push_back(parsed(word, true));
         return changes;
     }
-    for (std::string line; read_line(line);)
+    for (const std::string &line : split(rest_of(stdin), '\n'))
         if (!line.empty() && line[0] != '#')
             changes.push_back(parsed(line, false));
     if (changes.empty())
@@ -247,7 +247,7 @@ std::optional<std::string> stored(const std::string &key)
         if (!got && size >= LARGE_VALUE)
             return std::nullopt;
         if (got && std::strlen(value.c_str()) + 1 < size)
-            return value.c_str();
+            return std::string(value.c_str());
     }
 }
 
