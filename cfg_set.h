@@ -862,7 +862,7 @@ CFG_API int smbu_set_config(const char *user, const char *pass, const char *targ
  * user, target, mode, size
  *          each with the bytes it has room for; the store cuts a longer
  *          value. NULL or a length below 1: not wanted. One that cannot be
- *          read stays as it was.
+ *          read is unchanged.
  * mounted  receives 1 when "cat /proc/mounts | grep /mnt/cifs" prints anything,
  *          else 0; NULL: not wanted
  */
@@ -1031,9 +1031,9 @@ CFG_API extern const uint32_t crc32_tab[256];
  *    up to 20 times "dwCount: ROWS", one second, "retry: TIMES".
  *
  * Nothing is sent SIGKILL; processes that survive all 20 attempts stay. The
- * pipe that the command thread's number was read from stays open for the life
- * of the process, and its shell a zombie. The lists are made by `ps` and awk,
- * in the columns of the camera's `ps`.
+ * pipe from which the command thread's number was read stays open for the life
+ * of the process, and its shell stays a zombie. The lists come from `ps` and
+ * awk and use the columns of the camera's `ps`.
  *
  * Returns 0; -1 after "popen fail errno[N][TEXT]" when the processes cannot be
  * listed (the commands of step 1 have run; nothing was signalled). The same
@@ -1042,25 +1042,25 @@ CFG_API extern const uint32_t crc32_tab[256];
 CFG_API int cfg_killProcess(void);
 
 /*
- * Whether audio is playing: 0 yes, -1 no. It is while /tmp/play_status is there
- * and not empty.
+ * Whether audio is playing, that is, /tmp/play_status exists and is not empty:
+ * 0 yes, -1 no.
  */
 CFG_API int cfg_isPlayingMusic(void);
 
 /*
  * Whether `version` is newer than "v5.0.44", whatever the firmware's own is: 0
  * yes, -1 no (equal, older or not a version). A version is "v" and three
- * decimal integers with dots between them; what follows is ignored, and a
- * number that no int holds counts as the nearest one.
+ * decimal integers with dots between them; further text is ignored, and a
+ * number beyond an int counts as the nearest int.
  */
 CFG_API int cfg_isNewVersion(const char *version);
 
 /*
  * Whether newer firmware has been downloaded: the first line (of at most 63
  * characters) of /mnt/sdcard/upgrade/upgrade.dat is a newer version and
- * /mnt/sdcard/upgrade/upgrade.bin can be read. In every other case both are
- * deleted: do not call it while a download is being written. The image itself
- * is not checked; that is cfg_checkFirmware.
+ * /mnt/sdcard/upgrade/upgrade.bin can be read. Otherwise both are deleted: do
+ * not call it while a download is being written. cfg_checkFirmware checks the
+ * image itself.
  *
  * version_out  receives the version, cut to `size`, or "" when the answer is
  *              no; may be NULL
@@ -1071,8 +1071,8 @@ CFG_API int cfg_isNewVersion(const char *version);
 CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
 
 /*
- * Whether the voice prompts that were downloaded have been unpacked. VERSION is
- * the stored "speech_version" and LANGUAGE the stored "lang_name", at most 15
+ * Whether the downloaded voice prompts have been unpacked. VERSION is the
+ * stored "speech_version" and LANGUAGE the stored "lang_name", at most 15
  * characters of each; an empty language is EN. The download is
  *     /mnt/sdcard/morvenix/download/speechVERSION_LANGUAGE.tgz
  * and while it is being unpacked there is
@@ -1083,11 +1083,11 @@ CFG_API int cfg_verifyDownloadedFw(char *version_out, uint32_t size);
  * size      bytes of it; 16 hold every language, 0 writes nothing
  *
  * Returns -1 after "sTarPath have be remove. To sure really tar finished " (the
- * text ends with a blank) when the download is there and unpacked. Returns 0
+ * text ends with a blank) when the download exists and is unpacked. Returns 0
  * when there is no download, when the language cannot be read, and, after
- * "download ok but tar is fail, Need again", when its unpacking did not end. An
- * empty stored version is reported as "Can not get  SPEECH_VERSION", without the
- * blank behind the bracket; one that cannot be read is taken as empty
+ * "download ok but tar is fail, Need again", when unpacking did not finish. An
+ * empty stored version is reported as "Can not get  SPEECH_VERSION", without
+ * the blank after the bracket; a version that cannot be read counts as empty,
  * without a report.
  */
 CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
@@ -1100,16 +1100,16 @@ CFG_API int cfg_verifyDownloadedSpeech(char *lang_out, uint32_t size);
  * Writes /etc/wpa_supplicant.conf from the stored networks: its three general
  * lines, then the blocks of the primary network ("wl_ssid", "wl_psk") and of
  * slots 1 to 3 ("wl1_ssid", "wl1_psk" and so on), each as generate_config_block
- * writes them. A network whose SSID or key cannot be read is passed over; a
- * file without networks is written all the same.
+ * writes them. A network whose SSID or key cannot be read is skipped; a file
+ * without networks is still written.
  *
  * While "orb_setup" is "0" (first setup not finished) and "app_ip" holds a
- * BSSID that validate_bssid takes, the primary network is pinned to it.
+ * BSSID that validate_bssid accepts, the primary network is pinned to it.
  *
  * Returns 0; -1 when the file cannot be opened, with "Error opening
  * /etc/wpa_supplicant.conf." on standard error (without a bracket). Write
- * errors are not seen. The file is rewritten in place, without a lock; as it
- * holds keys it is readable by its owner alone (0600).
+ * errors are not detected. The file is rewritten in place, without a lock. It
+ * holds keys, so only its owner can read it (0600).
  */
 CFG_API int cfg_restoreWiFiConfig(void);
 
@@ -1132,15 +1132,15 @@ CFG_API int could_be_wep(const char *key);
 CFG_API int validate_bssid(char *text);
 
 /*
- * Appends the blocks of one network to a supplicant file. What security the
- * network has is not known, so there is a block for each that the key allows:
+ * Appends the blocks of one network to a supplicant file. The security of the
+ * network is unknown, so there is a block for each kind that the key allows:
  *
  *     8 to 63 characters        WPA with a passphrase
  *     64 characters             WPA with a raw key
- *     a form of could_be_wep    WEP, behind WPA where both apply
+ *     a form of could_be_wep    WEP, after WPA where both apply
  *     none                      an open network
  *
- * and none at all for a key of any other length.
+ * and no block for a key of any other length.
  *
  * fp     the file, left open; NULL writes nothing
  * index  0 the primary network, 1 to 3 the slots; not used
@@ -1149,14 +1149,12 @@ CFG_API int validate_bssid(char *text);
  * bssid  NULL, or the access point's in the form of validate_bssid: each block
  *        then comes twice, pinned to it and plain
  *
- * SSID, key and BSSID are written as they are, without escaping. The file's
- * strings can hold every character but the line feed, which would let a value
- * add settings of its own to the file: a network with one in any of the three
- * is left out. Nothing else is checked, and the supplicant refuses the whole file,
- * with all its networks, for one SSID of more than 32 bytes, one passphrase
- * with a control character or one raw key that is not hexadecimal; a "#" behind
- * an odd number of double quotes begins a comment for it. Whoever stores
- * networks checks that.
+ * SSID, key and BSSID are written without escaping. A line feed in any of them
+ * could add settings to the file, so such a network is left out. Nothing else
+ * is checked. The supplicant refuses the whole file, with all its networks, for
+ * one SSID of more than 32 bytes, one passphrase with a control character or
+ * one raw key that is not hexadecimal; it takes a "#" after an odd number of
+ * double quotes as a comment. Check networks before you store them.
  */
 CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const char *key,
                                    const char *bssid);
@@ -1165,8 +1163,9 @@ CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const 
  * Network: Wi-Fi link
  *
  * The station link runs on wlan0. With a stored "apmode" of exactly "1" the
- * camera is also an access point, on wlan1 as 192.168.213.1, for the first
- * 1200 seconds after boot. All return 0: what the commands do is not seen.
+ * camera is also an access point, on wlan1 as 192.168.213.1, for the first 1200
+ * seconds after boot. All functions return 0: they do not see whether the
+ * commands succeed.
  * ====================================================================== */
 
 /*
@@ -1176,16 +1175,17 @@ CFG_API void generate_config_block(FILE *fp, int index, const char *ssid, const 
 CFG_API int cfg_stopWiFi(void);
 
 /*
- * Brings the link up on the file that cfg_restoreWiFiConfig wrote: clears
- * /tmp/wps, ends the supplicant, starts it anew in the background, then the
- * DHCP client and wpa_cli with the action script /sbin/wpa_action.kx7. In
- * between, when an access point is wanted and its time is not over, starts
- * hostapd and udhcpd on wlan1, or ends both and takes wlan1 down.
+ * Brings the link up with the file that cfg_restoreWiFiConfig wrote: clears
+ * /tmp/wps, ends the supplicant and starts it again in the background, then
+ * starts the DHCP client and wpa_cli with the action script
+ * /sbin/wpa_action.kx7. In between, it starts hostapd and udhcpd on wlan1 if an
+ * access point is wanted and its time is not over; otherwise it ends both and
+ * takes wlan1 down.
  *
- * A hostapd that runs already, or cannot be asked for, is left alone:
- * "cfg_startWiFi:LINE hostapd alreay started." on standard error. A caller that
- * ignores SIGCHLD can never ask, and so never starts an access point.
- * Takes no lock. Blocks for two seconds and the commands.
+ * If hostapd runs already, or pidof fails, it is not started:
+ * "cfg_startWiFi:LINE hostapd alreay started." goes to standard error. A caller
+ * that ignores SIGCHLD therefore never starts an access point. Takes no lock.
+ * Blocks for two seconds and the commands.
  */
 CFG_API int cfg_startWiFi(void);
 
@@ -1193,9 +1193,9 @@ CFG_API int cfg_startWiFi(void);
  * Takes the station link down and, unless "apmode" is "1", resets the radio
  * through /proc/wifi_reset and /etc_ro/init.d/S30wifi. The link stays down.
  *
- * Holds the System V semaphore with key 0xDEF, so that no two processes reset
- * or restart the link at once: waits for it as long as another has it, and
- * goes on without it when there is none to be had (reported on standard error).
+ * Holds the System V semaphore with key 0xDEF, so that only one process at a
+ * time resets or restarts the link. Waits while another process holds it;
+ * continues without it when it is unavailable (reported on standard error).
  * Blocks for some three seconds more when the radio is reset.
  */
 CFG_API int cfg_resetWiFi(void);
@@ -1209,8 +1209,8 @@ CFG_API int cfg_resetWiFi(void);
 CFG_API int cfg_restartWiFi(void);
 
 /*
- * Has the watchdog restart the peer connection: in the background, sleeps and
- * sends SIGUSR1 to morvenix_watchdog.
+ * Makes the watchdog restart the peer connection: a background shell sleeps,
+ * then sends SIGUSR1 to morvenix_watchdog.
  *
  * delay_seconds  before the signal; 0 or less: at once
  *
@@ -1245,8 +1245,8 @@ CFG_API int cfg_wlan_is_up(void);
  * Europe/Oslo. In this order:
  *
  * - The first row of /etc_ro/time_zone that begins with the name, in any case,
- *   gives the TZ string: what follows the name and one separator, to the line's
- *   end, at most 127 characters. The arguments then do not matter.
+ *   gives the TZ string: the rest of the line after the name and one separator,
+ *   at most 127 characters. The arguments are then ignored.
  * - Without a name or a row the TZ string is made from the arguments, such as
  *   GMT-0130 for 90 and GMT-0130DST,M4.1.0/2,M10.5.0/2 with daylight saving:
  *   POSIX's sign, hours and minutes without a colon. Readers differ there:
@@ -1255,8 +1255,8 @@ CFG_API int cfg_wlan_is_up(void);
  *   to standard error, without a bracket.
  * - Runs "rm -rf /etc/localtime" and "cp /usr/share/zoneinfo/NAME
  *   /tmp/localtime", the latter unless the name has more than 217 characters or
- *   convention 6 refuses it. The line reaches /tmp/TZ when both have ended.
- * - The relay client is told the name: message type 18, four bytes of length by
+ *   convention 6 refuses it. /tmp/TZ gets its line when both have ended.
+ * - The relay client gets the name: message type 18, four bytes of length by
  *   appipc_set_uint32 and the text {"timezone":"NAME"}, not escaped. The
  *   message is allocated, and freed before the return.
  *
@@ -1265,8 +1265,8 @@ CFG_API int cfg_wlan_is_up(void);
  *
  * Returns 0, also after "Fail to allocate memory" or "Fail to connect to
  * relaycli"; -1 after "invalid param" or "fopen fail", with nothing run, sent
- * or written. No lock: two callers at once race for the files. Blocks for the
- * commands and the relay client.
+ * or written. There is no lock: two concurrent callers race for the files.
+ * Blocks for the commands and the relay client.
  */
 CFG_API int cfg_setTimeZoneDst(int offset_minutes, uint32_t dst);
 
@@ -1282,16 +1282,16 @@ CFG_API int cfg_restoreTimeZoneDst(void);
  * ====================================================================== */
 
 /*
- * Stops the NTP client, and starts it anew when it is wanted.
+ * Stops the NTP client, and starts it again when `enable` is not 0.
  *
  * enable  0: runs "killall ntpd" only; anything else: then runs "ntpd" with
  *         " -p SERVER" for each of the stored "time_server" and "time_server1"
  *         that is not empty. One that convention 6 refuses counts as empty
  *
- * A command line of more than 255 characters is not run, and nothing says so;
- * else prints "cfg_setTimeSync  LINE", an empty line and "Do ntpd: COMMAND",
- * without a bracket, before it is. Blocks until ntpd has put itself in the
- * background. Always returns 0.
+ * A command line of more than 255 characters is not run, without a report.
+ * Otherwise it prints "cfg_setTimeSync  LINE", an empty line and "Do ntpd:
+ * COMMAND", without a bracket, before it is. Blocks until ntpd has put itself
+ * in the background. Always returns 0.
  */
 CFG_API int cfg_setTimeSync(int enable);
 
@@ -1306,19 +1306,19 @@ CFG_API int cfg_restoreTimeSync(void);
  * ====================================================================== */
 
 /*
- * What the app edits: lists of schedules (nine) and alarm clocks (seven). An
- * entry of the list is a text under a key of its own, "sched00" and on,
- * "clock00" and on; the first key that is empty or cannot be read ends the
- * list. Setters store what they are given: check first.
+ * The app edits a list of nine schedules and one of seven alarm clocks. Each
+ * entry is a text under its own key, from "sched00" and "clock00"; the first
+ * key that is empty or unreadable ends the list. Setters do not check entries:
+ * call the check function first.
  */
 
 /* Stored as "%d,%d,%d,%d,%d,%d,%d", in this order. */
 struct sched_entry {
     uint32_t enable;    /* 0 or 1 */
-    int32_t param1;     /* the controller's own, not checked */
+    int32_t param1;     /* for the controller, not checked */
     int32_t param2;     /* likewise */
     uint32_t starttime; /* minute of the day, 0 to 1440 */
-    uint32_t stoptime;  /* likewise; may lie before starttime */
+    uint32_t stoptime;  /* likewise; may be before starttime */
     uint32_t days;      /* days of the week, a bit each, 0 to 127 */
     uint32_t repeat;    /* 0 or 1 */
 };
@@ -1344,12 +1344,12 @@ CFG_API int sched_check_config(int count, const struct sched_entry *list);
 
 /*
  * Empties sched00 to sched08, stores `count` entries of `list` from sched00 on
- * and runs "killall -35 ctrl_sched", on which the controller reads the list
- * anew. Entries behind the ninth are stored too, but no later call empties
+ * and runs "killall -35 ctrl_sched", which makes the controller read the list
+ * again. Entries after the ninth are stored too, but no later call empties
  * their keys.
  *
- * A failed store ends the list after "param_set fail"; the command still runs.
- * So does the entry behind the hundredth, which has no key. Always returns 0.
+ * A failed store, or the 101st entry, which has no key, ends the list after
+ * "param_set fail"; the command still runs. Always returns 0.
  */
 CFG_API int sched_set_config(int count, const struct sched_entry *list);
 
@@ -1360,7 +1360,7 @@ CFG_API int sched_set_config(int count, const struct sched_entry *list);
  *        receives the number read
  * list   receives them. Stored numbers that int cannot hold become the nearest
  *        that it can; fields that a stored text does not reach, and entries
- *        behind the last, stay as they were.
+ *        after the last, are unchanged.
  *
  * Always returns 0, after "param_get fail" when a key that cannot be read ended
  * the list before its room did.
@@ -1378,13 +1378,13 @@ CFG_API int alarm_check_config(int count, const struct alarm_clock_entry *list);
 
 /*
  * As sched_set_config, with clock00 to clock06 and "killall -SIGUSR1  alarm",
- * for the alarm daemon. What is stored of an entry is cut at 511 characters.
+ * for the alarm daemon. A stored entry is cut at 511 characters.
  */
 CFG_API int alarm_set_config(int count, const struct alarm_clock_entry *list);
 
 /*
- * As sched_get_config. A text may hold commas; an empty one leaves `text` as it
- * was.
+ * As sched_get_config. A text may contain commas; an empty text leaves `text`
+ * unchanged.
  */
 CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
 
@@ -1393,24 +1393,24 @@ CFG_API int alarm_get_config(int *count, struct alarm_clock_entry *list);
  * ====================================================================== */
 
 /*
- * Who may look through the camera: up to ten viewers, each a text under a key
- * of its own, "viewer_list_00" and on; the first key that is empty or cannot be
- * read ends the list. Stored as "%s,%s,%s,%s", in the order of the fields, in
- * at most 255 characters.
+ * Users who may view the camera's pictures: up to ten viewers, each a text
+ * under its own key, from "viewer_list_00"; the first key that is empty or
+ * unreadable ends the list. Stored as "%s,%s,%s,%s", in the order of the
+ * fields, in at most 255 characters.
  *
- * Fields are stored as they are given; one without a terminator is too long. An
- * empty passcode or credential ends what is read back: the fields behind it stay
- * as they were, and are stored empty when another viewer is added or removed. An
- * empty name, or a comma or a line feed in one of the first three fields, makes
- * another entry of it: viewer_add_config refuses it, viewer_set_config does not.
- * A blank ends `once`.
+ * Fields are stored unchanged; a field without a terminator is too long.
+ * Reading stops at an empty passcode or credential: the later fields keep their
+ * old contents, and are stored empty when another viewer is added or removed.
+ * An empty name, or a comma or line feed in one of the first three fields,
+ * changes the entry when it is read back: viewer_add_config refuses it,
+ * viewer_set_config does not. A blank ends `once`.
  *
- * No lock is held over reading and storing the list: of two changes at once one
- * can be lost. Reports of these functions begin "[cfg_set FUNCTION LINE] ". They
- * hold passcodes and credentials. Adding and deleting take over 5 KB of stack.
+ * No lock protects the list: one of two concurrent changes can be lost. Reports
+ * of these functions begin "[cfg_set FUNCTION LINE] " and contain passcodes and
+ * credentials. Adding and deleting need over 5 KB of stack.
  */
 struct viewer_entry { /* 355 bytes, without gaps */
-    char name[256];   /* what tells viewers apart; upper and lower case differ */
+    char name[256];   /* identifies the viewer; upper and lower case differ */
     char passcode[32];
     char credential[64];
     char once[3]; /* a decimal number, at most 2 digits */
@@ -1421,8 +1421,8 @@ struct viewer_entry { /* 355 bytes, without gaps */
  *
  * count  receives the number of entries
  * list   room for 10. A stored field that is too long for its place is cut;
- *        fields that the stored text does not reach, and entries behind the
- *        last, stay as they were.
+ *        fields that the stored text does not reach, and entries after the
+ *        last, are unchanged.
  *
  * Prints "name        = NAME", "passcode    = PASSCODE",
  * "credential  = CREDENTIAL", "once        = ONCE" and "buf         = STORED" for
@@ -1431,8 +1431,8 @@ struct viewer_entry { /* 355 bytes, without gaps */
 CFG_API int viewer_get_config(uint8_t *count, struct viewer_entry *list);
 
 /*
- * Stores `count` entries of `list` from viewer_list_00 on. Keys behind them
- * stay as they are.
+ * Stores `count` entries of `list` from viewer_list_00 on. Later keys are
+ * unchanged.
  *
  * Prints "nvram   = KEY" and "buf     = VALUE" for each. A failed store ends
  * the list after "param_set fail". When any entry or field is too long:
@@ -1441,36 +1441,36 @@ CFG_API int viewer_get_config(uint8_t *count, struct viewer_entry *list);
 CFG_API int viewer_set_config(uint8_t count, const struct viewer_entry *list);
 
 /*
- * Adds a viewer behind the last, then tells the relay (msg2relay, command 1).
+ * Adds a viewer at the end of the list, then notifies the relay (msg2relay,
+ * command 1).
  *
  * Returns 0 after "add new viewer to nvram n = COUNT", COUNT being how many
- * there were, and "add new viewer to relay server db."; before the latter
- * "add new viewer to relay failed." when the relay refuses, which leaves the
- * viewer in the store. When the store refuses, after viewer_set_config's report,
- * the relay is told all the same and the result is 0.
+ * there were, and "add new viewer to relay server db."; before the latter "add
+ * new viewer to relay failed." when the relay refuses, which leaves the viewer
+ * in the store. When the store refuses, after viewer_set_config's report, the
+ * relay is still notified and the result is 0.
  *
- * Nothing is stored or told, and the result is
- *     0 after "viewer has been in viewerlist": one of the name is kept as it is
+ * Nothing is stored and the relay is not notified when the result is
+ *     0 after "viewer has been in viewerlist": the viewer of that name is kept
  *     10 after "Viewer List (10) has achieved Max number"
- *     -1 after "invalid viewer": the entry would be another when read back, or
- *        it or a field is too long
- * Entries of the list that are too long are stored again as far as they fit.
+ *     -1 after "invalid viewer": it would change when it is read back, or it or
+ *        a field is too long
+ * Other entries that are too long are cut when they are stored again.
  */
 CFG_API int viewer_add_config(const struct viewer_entry *entry);
 
 /*
- * Removes every viewer whose name is that of `entry`. The relay is told first
- * (msg2relay, command 2, with the fields of `entry`), then all keys of the list
- * are emptied and the rest is stored from viewer_list_00 on.
+ * Removes every viewer with the name of `entry`. It first notifies the relay
+ * (msg2relay, command 2, with the fields of `entry`), then empties all keys of
+ * the list and stores the rest from viewer_list_00 on.
  *
- * Prints "index i[INDEX] is not that viewer" for each that stays, and
- * "deleted viewer has found:NAME" and "delete viewer from relay server success."
- * for each that goes; before the latter "delete viewer from relay server failed."
- * when the relay refuses, which keeps nobody in the store. Then
- * "clear viewer  in nvram:KEY" for each key, or "viewer has not been in
- * viewerlist:COUNT" when nobody has the name. A viewer that stays goes back as
- * far as it fits; a store that refuses can lose those that stay. Always
- * returns 0.
+ * Prints "index i[INDEX] is not that viewer" for each that stays, and "deleted
+ * viewer has found:NAME" and "delete viewer from relay server success." for
+ * each that goes; before the latter "delete viewer from relay server failed."
+ * when the relay refuses; the viewer is removed anyway. Then
+ * "clear viewer  in nvram:KEY" for each key, or "viewer has not been in viewerlist:COUNT" when no
+ * viewer has the name. Viewers that stay are cut if they are too long, and may
+ * be lost if the store refuses. Always returns 0.
  */
 CFG_API int viewer_del_config(const struct viewer_entry *entry);
 
@@ -1481,20 +1481,18 @@ CFG_API int viewer_del_config(const struct viewer_entry *entry);
 /*
  * The sounds that the camera plays, as paths of at most 255 characters.
  *
- * A path that begins with "/audio/" is built in and taken as it is. Any other
- * is first checked: 'AudioCheck 32000 "PATH"' is run and its reply, the first
- * three characters of its first line, written to standard error as
- * "LABEL: ret = [REPLY]". The file is refused when the reply begins with 1 or is
- * -1, or after "LABEL: can't check file [PATH]" (standard error) when the
- * command cannot be started or its reply not read. LABEL is the setter's name,
- * but for the alarm sound "alarm_file_set_config". The check blocks until the
- * command ends.
+ * A path that begins with "/audio/" is built in and not checked. For any other,
+ * 'AudioCheck 32000 "PATH"' runs, and its reply, the first three characters of
+ * its first line, goes to standard error as "LABEL: ret = [REPLY]". The file is
+ * refused when the reply begins with 1 or is -1, or after "LABEL: can't check
+ * file [PATH]" (standard error) when the command cannot be started or its reply
+ * cannot be read. LABEL is the setter's name, for the alarm sound
+ * "alarm_file_set_config". The check blocks until the command ends.
  *
  * Setters return 0, also after "param_set fail"; -1 when the file is refused,
  * or after "invalid path" when convention 6 refuses the path or it is too long
  * for its place (100 characters for one that is checked), with nothing run or
- * stored. A NULL path is not checked and handed to the store as
- * it is.
+ * stored. A NULL path is passed to the store without a check.
  */
 
 /*
@@ -1509,7 +1507,7 @@ CFG_API int alert_file_set_config(const char *path);
  * Copies the stored "alert_file" to `dst`, at most `size` - 1 characters.
  *
  * The text is terminated only when it is shorter than that: pass a zero-filled
- * buffer. Always returns 0, after "param_get fail" with `dst` as it was.
+ * buffer. Always returns 0, after "param_get fail" with `dst` unchanged.
  */
 CFG_API int alert_file_get_config(char *dst, size_t size);
 
@@ -1552,11 +1550,11 @@ CFG_API int alert_file_get_vol(int unused, int *volume);
  *
  * old, replacement  NULL for either: a plain copy
  *
- * The search begins anew at the front of the text after each replacement, so
- * that an `old` which a replacement completes is replaced too. When it could
- * never end, because `replacement` holds `old` (or `old` is empty) and `text`
- * does too, the result is NULL. A pair that feeds itself in a longer way, as
- * "ab" and "bbaa", ends only when memory does: take neither from outside.
+ * After each replacement the search starts again at the front of the text, so
+ * an `old` that a replacement completes is replaced too. The result is NULL
+ * when the search could never end: `text` and `replacement` both contain `old`,
+ * or `old` is empty. A pair such as "ab" and "bbaa" also grows until memory
+ * runs out: do not take `old` or `replacement` from outside.
  *
  * Returns a string that the caller frees with free(), or NULL, also when memory
  * runs out.
@@ -1570,7 +1568,7 @@ CFG_API char *str_replace(const char *text, const char *old, const char *replace
 /*
  * Settings of features that daemons act on, stored as decimal text. All
  * functions return 0. After "param_set fail" or "param_get fail" for one key
- * they go on with the next.
+ * they continue with the next.
  */
 
 /*
@@ -1582,7 +1580,7 @@ CFG_API int nimbus_set_config(int enable, const char *folderid);
 /*
  * Reads the cloud folder.
  *
- * enable    receives 1 when the stored text is just "1", else 0
+ * enable    receives 1 when the stored text is exactly "1", else 0
  * folderid  256 bytes; receives the stored text, empty when there is none
  * status    receives the number in the first line of /tmp/.gdustatus, else 0
  */
@@ -1609,7 +1607,7 @@ CFG_API int alert_vclip_set_config(int enable, int duration, int prelude);
 
 /*
  * Reads the clip's settings, with the same values for any other. Without a
- * stored value `enable` is 0, `duration` 7, and `prelude` stays as it was.
+ * stored value `enable` is 0, `duration` 7, and `prelude` is unchanged.
  */
 CFG_API int alert_vclip_get_config(int *enable, int *duration, int *prelude);
 
