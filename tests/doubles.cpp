@@ -358,7 +358,10 @@ int shmget(key_t key, size_t size, int flags)
     return result_of(text.str(), "shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
 }
 
-void *shmat(int id, const void *address, int flags) { return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags); }
+void *shmat(int id, const void *address, int flags)
+{
+    return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags);
+}
 int shmdt(const void *address) { return fails("shmdt") ? -1 : real<decltype(shmdt)>("shmdt")(address); }
 
 int param_get(const char *key, char *buffer, unsigned size)

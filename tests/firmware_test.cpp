@@ -87,7 +87,8 @@ TEST_F(FirmwareTest, ImagesAndWhatIsWrongWithThem)
         {id, CALL_AS(cfg_checkFirmware, checked(image, size)), 0, board},
         {id, CALL_AS(cfg_checkFirmware, checked(image, UINT32_MAX)), 0, board},
         {id, CALL_AS(cfg_checkFirmware, checked(flipped(part, 800), 100)), 0, board}, // behind the limit
-        {id, CALL_AS(cfg_checkFirmware, checked(image, size - 1)), -1, board, bad_image(unequal(no_match, body.substr(0, size - 65), stored))},
+        {id, CALL_AS(cfg_checkFirmware, checked(image, size - 1)), -1, board,
+            bad_image(unequal(no_match, body.substr(0, size - 65), stored))},
         {id, CALL_AS(cfg_checkFirmware, checked(changed)), -1, board, bad_image(unequal(no_match, changed.substr(HEADER), stored))},
         {id, CALL_AS(cfg_checkFirmware, checked(bad_header)), -1, board,
             "[cfg_checkHeaderChecksum #] " + unequal("header checksum", zero, 0x12ab) + "\ncfg_checkHeaderChecksum fail"},
@@ -130,7 +131,8 @@ TEST_F(FirmwareTest, BoardsMatchByModelAndMask)
         {on("xq7"), CALL_AS(cfg_checkBoardId, fits("xq8h0c")), -1, asked,
             "[getBoardIdMask #] model[xq7] not found\n" + no_form + "image mask[0] not valid for [0]"},
         // Both fill the field; what follows it in the header is not the image's.
-        {on("modelname01h0010"), CALL_AS(cfg_checkBoardId, fits("modelname01h0100ffff")), -1, asked, "image mask[0x100] not valid for [0x10]"},
+        {on("modelname01h0010"), CALL_AS(cfg_checkBoardId, fits("modelname01h0100ffff")), -1, asked,
+            "image mask[0x100] not valid for [0x10]"},
         {on("sixteenletters16"), CALL_AS(cfg_checkBoardId, fits("sixteenletters16")), -1, asked,
             too_long + too_long + "image mask[0] not valid for [0]"},
         {on("\n"), CALL_AS(cfg_checkBoardId, fits("xq7h0c")), -1, asked, "no board id found"},

@@ -35,6 +35,8 @@ static std::string got(int (*get)(char *, size_t), size_t size)
     return words(result, std::string(text, 8).c_str());
 }
 
+#define GOT(get) CALL_AS(get, got(get, 8))
+
 static std::string volume()
 {
     int value = 9;
@@ -44,7 +46,10 @@ static std::string volume()
 static const std::string ALARM = "/audio/alarm.aac", HELLO = "/audio/hello.aac", FAIL = "param_set fail";
 
 // What each setter stores of a path that is not the built-in alarm.
-static Calls as_alert(const std::string &path) { return {"set alert_file=" + path, "set greeting_enable=1", "set greeting_audio=" + path}; }
+static Calls as_alert(const std::string &path)
+{
+    return {"set alert_file=" + path, "set greeting_enable=1", "set greeting_audio=" + path};
+}
 static Calls as_greeting(const std::string &path) { return {"set greeting_audio=" + path}; }
 static Calls as_alarm(const std::string &path) { return {"set alarm_audio=" + path, "set alert_file=" + path}; }
 
@@ -63,21 +68,24 @@ TEST_F(SoundsTest, FilesOutsideTheSoundFolderAreChecked)
     const std::string path = "/mnt/x y/audio/a.aac", check_path = "AudioCheck 32000 \"" + path + "\"";
     std::vector<Row> rows;
     for (const auto &[setter, name, label, stored] : SETTERS) {
+        const std::string says = "! | " + label + ": ";
         const auto add = [&, set = setter, function = name](const std::string &file, const Row &rest) {
             rows.push_back(rest);
             rows.back().call = CALL(set(file.c_str()));
             rows.back().call.function = function;
         };
-        for (const auto &[reply, seen, accepted] : std::vector<std::tuple<const char *, const char *, bool>>{
-                 {"0\n", "0\n! | ]", true}, {"", "]", true}, {"2\n1\n", "2\n! | ]", true}, {"-10", "-10]", true}, {"01234", "012]", true}, {" 1", " 1]", true},
-                 {"1", "1]", false}, {"10\n", "10\n! | ]", false}, {"-1\n", "-1\n! | ]", false}, {" -1", " -1]", false}})
-            add(path, {{{"$ " + check_path, reply}}, {}, {}, accepted ? 0 : -1, Calls{"popen " + check_path} + (accepted ? stored(path) : Calls{}), "! | " + label + ": ret = [" + seen});
-        add(path, {{}, {"popen " + check_path}, {}, -1, {"popen " + check_path}, "! | " + label + ": can't check file [" + path + "]"});
+        for (const auto &[reply, seen, accepted] : std::vector<std::tuple<std::string, std::string, bool>>{
+                 {"0\n", "0\n! | ]", true}, {"", "]", true}, {"2\n1\n", "2\n! | ]", true}, {"-10", "-10]", true},
+                 {"01234", "012]", true}, {" 1", " 1]", true}, {"1", "1]", false}, {"10\n", "10\n! | ]", false},
+                 {"-1\n", "-1\n! | ]", false}, {" -1", " -1]", false}})
+            add(path, {{{"$ " + check_path, reply}}, {}, {}, accepted ? 0 : -1,
+                       Calls{"popen " + check_path} + (accepted ? stored(path) : Calls{}), says + "ret = [" + seen});
+        add(path, {{}, {"popen " + check_path}, {}, -1, {"popen " + check_path}, says + "can't check file [" + path + "]"});
         // As long as their places, and one more.
         const std::string p(100, 'p'), line = "AudioCheck 32000 \"" + p + "\"", built_in = "/audio/" + std::string(248, 'p');
-        add(p, {{{"$ " + line, "1"}}, {}, {}, -1, {"popen " + line}, "! | " + label + ": ret = [1]"});
+        add(p, {{{"$ " + line, "1"}}, {}, {}, -1, {"popen " + line}, says + "ret = [1]"});
         add(p + "p", {{}, {}, {}, -1, {}, "invalid path"});
-        add(built_in, {{}, {}, {}, 0, stored(built_in), ""});
+        add(built_in, {{}, {}, {}, 0, stored(built_in)});
         add(built_in + "p", {{}, {}, {}, -1, {}, "invalid path"});
         for (const char *bad : {"/audio/x;y", "bad\".aac", "a$b", "/audio/a\n", "a'b", "/audio/?", "a #1"}) // what a shell would act on
             add(bad, {{}, {}, {}, -1, {}, "invalid path"});
@@ -87,43 +95,54 @@ TEST_F(SoundsTest, FilesOutsideTheSoundFolderAreChecked)
 
 TEST_F(SoundsTest, ChoicesAreLinked)
 {
-    const Calls both = {"set greeting_audio=" + ALARM, "set alert_file=" + ALARM}, no_path = {"set alarm_audio=(null)", "set alert_file=(null)"}, alarm_alert = {"set alert_file=" + ALARM, "set greeting_enable=0", "set alarm_audio=" + ALARM};
-    const auto copied = [](int (*get)(char *, size_t), size_t size, const char *text) { return Row{{{"alert_file", "abcdef"}, {"greeting_audio", "abcdef"}, {"alarm_audio", "abcdef"}}, {}, CALL(got(get, size)), std::string("0 ") + text, {}, ""}; };
+    const Calls both = {"set greeting_audio=" + ALARM, "set alert_file=" + ALARM};
+    const Calls no_path = {"set alarm_audio=(null)", "set alert_file=(null)"};
+    const Calls alarm_alert = {"set alert_file=" + ALARM, "set greeting_enable=0", "set alarm_audio=" + ALARM};
+    const auto copied = [](int (*get)(char *, size_t), size_t size, const std::string &text) {
+        return Row{{{"alert_file", "abcdef"}, {"greeting_audio", "abcdef"}, {"alarm_audio", "abcdef"}},
+                   CALL(got(get, size)), "0 " + text};
+    };
+    const auto enabled = [](const char *text) { return Given{{"greeting_enable", text}}; };
+    const std::string three = FAIL + "\n" + FAIL + "\n" + FAIL, none = "0 12345678", fail = "param_get fail";
+    const Call greet = CALL(greeting_file_set_config(ALARM.c_str()));
     const std::set<std::string> all = {"set alert_file", "set greeting_enable", "set greeting_audio", "set alarm_audio"};
     check({
-        {{}, {},  CALL(alert_file_set_config(ALARM.c_str())),   0, alarm_alert, ""},
-        {{}, all, CALL(alert_file_set_config(ALARM.c_str())),   0, alarm_alert, FAIL + "\n" + FAIL + "\n" + FAIL},
-        {{}, {},  CALL(alert_file_set_config(HELLO.c_str())),   0, as_alert(HELLO), ""},
-        {{}, {},  CALL(alert_file_set_config("/audio/alarm.aacx")), 0, as_alert("/audio/alarm.aacx"), ""},
-        {{}, all, CALL(alert_file_set_config("/audio/a")),      0, as_alert("/audio/a"), FAIL + "\n" + FAIL + "\n" + FAIL},
-        {{}, {},  CALL(alert_file_set_config(nullptr)),         0, {"set alert_file=(null)"}, FAIL},
-        {{{"greeting_enable", "1"}}, {},        CALL(greeting_file_set_config(ALARM.c_str())), 0, both, "sValue=[1]", {"greeting_enable 8"}},
-        {{{"greeting_enable", "2"}}, all,       CALL(greeting_file_set_config(ALARM.c_str())), 0, both, FAIL + "\nsValue=[2]"},
-        {{{"greeting_enable", "00000001"}}, {}, CALL(greeting_file_set_config(ALARM.c_str())), 0, as_greeting(ALARM), "sValue=[0000000]"},
-        {{{"greeting_enable", "0"}}, {},        CALL(greeting_file_set_config(ALARM.c_str())), 0, as_greeting(ALARM), "sValue=[0]"},
-        {{}, {},  CALL(greeting_file_set_config(HELLO.c_str())), 0, as_greeting(HELLO), ""},
-        {{}, {},  CALL(greeting_file_set_config(nullptr)),      0, as_greeting("(null)"), FAIL},
-        {{}, {},  CALL(alarm_audio_set_config(HELLO.c_str())),  0, as_alarm(HELLO), ""},
-        {{}, {},  CALL(alarm_audio_set_config(nullptr)),        0, no_path, FAIL + "\n" + FAIL},
-        {{}, {}, CALL_AS(alert_file_get_config, got(alert_file_get_config, 8)), "0 12345678", {}, "param_get fail", {"alert_file 256"}},
-        {{}, {}, CALL_AS(greeting_file_get_config, got(greeting_file_get_config, 8)), "0 12345678", {}, "param_get fail", {"greeting_audio 256"}},
-        {{}, {}, CALL_AS(alarm_audio_get_config, got(alarm_audio_get_config, 8)), "0 12345678", {}, "param_get fail", {"alarm_audio 256"}},
-        copied(alert_file_get_config, 0, "12345678"), copied(greeting_file_get_config, 1, "12345678"), copied(alarm_audio_get_config, 4, "abc45678"), copied(alert_file_get_config, 7, "abcdef78"), copied(alert_file_get_config, 8, "abcdef"),
+        {CALL(alert_file_set_config(ALARM.c_str())), 0, alarm_alert},
+        {{}, all, CALL(alert_file_set_config(ALARM.c_str())), 0, alarm_alert, three},
+        {CALL(alert_file_set_config(HELLO.c_str())), 0, as_alert(HELLO)},
+        {CALL(alert_file_set_config("/audio/alarm.aacx")), 0, as_alert("/audio/alarm.aacx")},
+        {{}, all, CALL(alert_file_set_config("/audio/a")), 0, as_alert("/audio/a"), three},
+        {CALL(alert_file_set_config(nullptr)), 0, {"set alert_file=(null)"}, FAIL},
+        {enabled("1"), greet, 0, both, "sValue=[1]", {"greeting_enable 8"}},
+        {enabled("2"), all, greet, 0, both, FAIL + "\nsValue=[2]"},
+        {enabled("00000001"), greet, 0, as_greeting(ALARM), "sValue=[0000000]"},
+        {enabled("0"), greet, 0, as_greeting(ALARM), "sValue=[0]"},
+        {CALL(greeting_file_set_config(HELLO.c_str())), 0, as_greeting(HELLO)},
+        {CALL(greeting_file_set_config(nullptr)), 0, as_greeting("(null)"), FAIL},
+        {CALL(alarm_audio_set_config(HELLO.c_str())), 0, as_alarm(HELLO)},
+        {CALL(alarm_audio_set_config(nullptr)), 0, no_path, FAIL + "\n" + FAIL},
+        {GOT(alert_file_get_config), none, {}, fail, {"alert_file 256"}},
+        {GOT(greeting_file_get_config), none, {}, fail, {"greeting_audio 256"}},
+        {GOT(alarm_audio_get_config), none, {}, fail, {"alarm_audio 256"}},
+        copied(alert_file_get_config, 0, "12345678"), copied(greeting_file_get_config, 1, "12345678"),
+        copied(alarm_audio_get_config, 4, "abc45678"), copied(alert_file_get_config, 7, "abcdef78"),
+        copied(alert_file_get_config, 8, "abcdef"),
     });
 }
 
 TEST_F(SoundsTest, VolumeIsZeroToTwoElseOne)
 {
     std::vector<Row> rows = {
-        {{}, {},                  CALL(alert_file_set_vol(nullptr)), -1, {}, ""},
+        {CALL(alert_file_set_vol(nullptr)), -1},
         {{}, {"set alert_vol"},   CALL(alert_file_set_vol("0")), 0, {"set alert_vol=0"}, FAIL},
-        {{}, {},                  CALL_AS(alert_file_get_vol, volume()), "0 1", {}, "param_get fail", {"alert_vol 256"}},
+        {CALL_AS(alert_file_get_vol, volume()), "0 1", {}, "param_get fail", {"alert_vol 256"}},
     };
-    for (const auto &[text, value] : std::map<const char *, std::string>{{"0", "0"}, {"1", "1"}, {"2x", "2"}, {"", "0"}, {"3", "1!"}, {"-1", "1!"}, {"4294967296", "1!"}}) {
+    for (const auto &[text, value] : std::map<const char *, std::string>{
+             {"0", "0"}, {"1", "1"}, {"2x", "2"}, {"", "0"}, {"3", "1!"}, {"-1", "1!"}, {"4294967296", "1!"}}) {
         const char *const given = text;
-        const std::string error = value == "1!" ? "! | alert_file_set_vol:# error s_alert_vol = " + std::string(given) : "";
-        rows.push_back({{}, {}, CALL(alert_file_set_vol(given)), 0, {"set alert_vol=" + value.substr(0, 1)}, error});
-        rows.push_back({{{"alert_vol", text}}, {}, CALL(volume()), "0 " + value.substr(0, 1), {}, ""});
+        const std::string error = "! | alert_file_set_vol:# error s_alert_vol = " + std::string(given);
+        rows.push_back({CALL(alert_file_set_vol(given)), 0, {"set alert_vol=" + value.substr(0, 1)}, value == "1!" ? error : ""});
+        rows.push_back({{{"alert_vol", text}}, CALL(volume()), "0 " + value.substr(0, 1)});
     }
     check(rows);
 }
@@ -131,12 +150,17 @@ TEST_F(SoundsTest, VolumeIsZeroToTwoElseOne)
 TEST_F(SoundsTest, ReplacementSearchesAnewFromTheFrontAndFreesWhatItDoesNotReturn)
 {
     const char *const no = nullptr;
-    const auto row = [](const char *text, const char *old, const char *replacement, const char *result, int allocations = -1) { return Row{{}, {}, CALL(replaced(text, old, replacement, allocations)), std::string(result) + " 0", {}, ""}; };
+    const auto row = [](const char *text, const char *old, const char *replacement, const char *result, int allocations = -1) {
+        return Row{CALL(replaced(text, old, replacement, allocations)), std::string(result) + " 0"};
+    };
     check({
-        row("a-b-c", "-", "+", "[a+b+c]"), row("a-b", "-", "", "[ab]"), row("aXbb", "X", "yy", "[ayybb]"), row("longer", "onge", "o", "[lor]"), row("aabb", "ab", "", "[]"), row("aab", "ab", "b", "[b]"),
-        row("abc", "x", "y", "[abc]"), row("abc", "x", "axa", "[abc]"), row("", "x", "y", "[]"), row("abc", no, "y", "[abc]"), row("abc", "a", no, "[abc]"), row("abc", no, no, "[abc]"),
-        row("abc", "", "", "none"), row("abc", "b", "abc", "none"), row("abc", "b", "b", "none"), row("a-b", "-", "--", "none"), row("abc", "", "x", "none"),
-        row("a-b-c-d", "-", "+", "none", 0), row("a-b-c-d", "-", "+", "none", 1), row("a-b-c-d", "-", "+", "none", 2), row("a-b-c-d", "-", "+", "none", 3), row("a-b-c-d", "-", "+", "[a+b+c+d]", 4),
+        row("a-b-c", "-", "+", "[a+b+c]"), row("a-b", "-", "", "[ab]"), row("aXbb", "X", "yy", "[ayybb]"),
+        row("longer", "onge", "o", "[lor]"), row("aabb", "ab", "", "[]"), row("aab", "ab", "b", "[b]"),
+        row("abc", "x", "y", "[abc]"), row("abc", "x", "axa", "[abc]"), row("", "x", "y", "[]"),
+        row("abc", no, "y", "[abc]"), row("abc", "a", no, "[abc]"), row("abc", no, no, "[abc]"), row("abc", "", "", "none"),
+        row("abc", "b", "abc", "none"), row("abc", "b", "b", "none"), row("a-b", "-", "--", "none"), row("abc", "", "x", "none"),
+        row("a-b-c-d", "-", "+", "none", 0), row("a-b-c-d", "-", "+", "none", 1), row("a-b-c-d", "-", "+", "none", 2),
+        row("a-b-c-d", "-", "+", "none", 3), row("a-b-c-d", "-", "+", "[a+b+c+d]", 4),
     });
 }
 // clang-format on

@@ -14,7 +14,7 @@ static const Calls KILLED = {"system killall ntpd"};
 static Row row(const std::string &first, const std::string &second, const std::string &command)
 {
     const Calls acts = command.empty() ? KILLED : Calls{KILLED[0], "told", "system " + command};
-    return {{{"time_server", first}, {"time_server1", second}}, {}, CALL(cfg_setTimeSync(-1)), 0, acts, command.empty() ? "" : "| cfg_setTimeSync  #\n| \n| Do ntpd: " + command};
+    return {{{"time_server", first}, {"time_server1", second}}, CALL(cfg_setTimeSync(-1)), 0, acts, command.empty() ? "" : "| cfg_setTimeSync  #\n| \n| Do ntpd: " + command};
 }
 
 TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
@@ -27,9 +27,9 @@ TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
     const auto server = [](size_t length) { return std::string(length, 's'); };
     const std::string plain = "| cfg_setTimeSync  #\n| \n| Do ntpd: ntpd";
     check({
-        {{{"time_server", "a"}}, {}, CALL(cfg_setTimeSync(0)),      0, KILLED, ""},
-        {{}, {},                     CALL(cfg_setTimeSync(1)),      0, {KILLED[0], "told", "system ntpd"}, plain, {"time_server 256", "time_server1 256"}},
-        {{{"time_server1", "a"}}, {}, CALL(cfg_restoreTimeSync()),  0, {KILLED[0], "told", "system ntpd -p a"}, plain + " -p a"},
+        {{{"time_server", "a"}}, CALL(cfg_setTimeSync(0)), 0, KILLED},
+        {CALL(cfg_setTimeSync(1)), 0, {KILLED[0], "told", "system ntpd"}, plain, {"time_server 256", "time_server1 256"}},
+        {{{"time_server1", "a"}}, CALL(cfg_restoreTimeSync()), 0, {KILLED[0], "told", "system ntpd -p a"}, plain + " -p a"},
         row("", "", "ntpd"),
         row("ntp0.example.net", "", "ntpd -p ntp0.example.net"),
         row("", "192.0.2.1", "ntpd -p 192.0.2.1"),

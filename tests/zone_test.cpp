@@ -72,28 +72,32 @@ static Calls files(const std::string &zone)
 }
 static Calls applied(const std::string &zone, const std::string &tz)
 {
-    return files(zone) + Calls{"init libmorvenix", "send 0 18 " + std::to_string(1000 + zone.size() + 15) + "{\"timezone\":\"" + zone + "\"}", "destroy", "wrote /tmp/TZ " + tz + "\\n"};
+    const std::string size = std::to_string(1000 + zone.size() + 15);
+    return files(zone) + Calls{"init libmorvenix", "send 0 18 " + size + "{\"timezone\":\"" + zone + "\"}", "destroy",
+                               "wrote /tmp/TZ " + tz + "\\n"};
 }
 
 // A row of a zone name, and one of an offset alone.
 static Row named(const std::string &zone, const std::string &tz, int offset = 99999, uint32_t dst = 7)
 {
-    return {{{"time_zone_str", zone}}, {}, CALL(cfg_setTimeZoneDst(offset, dst)), 0, applied(zone, tz), "! | tz_string = " + tz};
+    return {{{"time_zone_str", zone}}, CALL(cfg_setTimeZoneDst(offset, dst)), 0, applied(zone, tz), "! | tz_string = " + tz};
 }
 static Row offset(int minutes, const std::string &tz, uint32_t dst = 0) { return named("", tz, minutes, dst); }
 
 TEST_F(ZoneTest, RowsMatchByPrefixInAnyCaseAndTheFirstOneWins)
 {
     const std::string table = "/etc_ro/time_zone", name(255, 'n'), f(127, 'f'), c(127, 'c');
-    write_file(table, "Foo/Barbaz x\r\nfoo/bar second\nTab\tT-1\r\nEmpty\nBlank \r\nCarriage C-1\rrest\n" + name + " " + std::string(255, 'a') + "Rest R-1\nFits " + f + "\nCut " + c + "c\nLast L-1");
-    const auto row = [](const std::string &given, const std::string &found) { return Row{{}, {}, CALL(looked_up(given)), found, {}, ""}; };
+    write_file(table, "Foo/Barbaz x\r\nfoo/bar second\nTab\tT-1\r\nEmpty\nBlank \r\nCarriage C-1\rrest\n" + name + " " +
+                          std::string(255, 'a') + "Rest R-1\nFits " + f + "\nCut " + c + "c\nLast L-1");
+    const auto row = [](const std::string &given, const std::string &found) { return Row{CALL(looked_up(given)), found}; };
     check_zones({
-        row("foo/bar", "1 az x"), row("foo/barbaz", "1 x"), row("TAB", "1 T-1"), row("Empty", "1 "), row("Blank", "1 "), row("Carriage", "1 C-1"),
-        row("last", "1 L-1"), row("Last L-1", "1 "), row("Last L-12", "0 none"), row("oo/bar", "0 none"), row("", "1 oo/Barbaz x"),
+        row("foo/bar", "1 az x"), row("foo/barbaz", "1 x"), row("TAB", "1 T-1"), row("Empty", "1 "), row("Blank", "1 "),
+        row("Carriage", "1 C-1"), row("last", "1 L-1"), row("Last L-1", "1 "), row("Last L-12", "0 none"),
+        row("oo/bar", "0 none"), row("", "1 oo/Barbaz x"),
         row(name, "1 " + std::string(127, 'a')), row("Rest", "1 R-1"), // a line is read in pieces of 511
         row("Fits", "1 " + f), row("Cut", "1 " + c),
-        {{{table, ""}}, {}, CALL(looked_up("")), "0 none", {}, ""},
-        {{{table, "nobody asks for this\n"}}, {}, CALL(looked_up("foo")), "0 none", {}, ""},
+        {{{table, ""}}, CALL(looked_up("")), "0 none"},
+        {{{table, "nobody asks for this\n"}}, CALL(looked_up("foo")), "0 none"},
     });
     write_file(table, "Etc/UTC UTC0\nEurope/Berlin CET-1CEST,M3.5.0,M10.5.0/3\n");
     Row over = named("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3");
@@ -106,10 +110,16 @@ TEST_F(ZoneTest, RowsMatchByPrefixInAnyCaseAndTheFirstOneWins)
 TEST_F(ZoneTest, WithoutARowTheOffsetMakesTheString)
 {
     const std::string summer = "DST,M4.1.0/2,M10.5.0/2", n(255, 'n');
-    const auto invalid = [](int minutes, uint32_t dst) { return Row{{{"time_zone_str", "Mars/Olympus"}}, {}, CALL(cfg_setTimeZoneDst(minutes, dst)), -1, {}, "invalid param", {"time_zone_str 256"}}; };
+    const std::string bad = "[cfg_setTimeZoneDst #] invalid param\ncfg_setTimeZoneDst fail";
+    const auto invalid = [](int minutes, uint32_t dst) {
+        return Row{{{"time_zone_str", "Mars/Olympus"}}, CALL(cfg_setTimeZoneDst(minutes, dst)), -1, {}, "invalid param",
+                   {"time_zone_str 256"}};
+    };
+    const Call restore = CALL(cfg_restoreTimeZoneDst());
     check_zones({
-        offset(480, "GMT-0800"), offset(-300, "GMT+0500"), offset(330, "GMT-0530"), offset(-570, "GMT+0930"), offset(0, "GMT-0000"), offset(-30, "GMT+0030"), offset(59, "GMT-0059"),
-        offset(-1, "GMT+0001"), offset(60, "GMT-0100"), offset(-60, "GMT+0100"), offset(1439, "GMT-2359"), offset(1440, "GMT-2400"), offset(-1440, "GMT+2400"),
+        offset(480, "GMT-0800"), offset(-300, "GMT+0500"), offset(330, "GMT-0530"), offset(-570, "GMT+0930"), offset(0, "GMT-0000"),
+        offset(-30, "GMT+0030"), offset(59, "GMT-0059"), offset(-1, "GMT+0001"), offset(60, "GMT-0100"), offset(-60, "GMT+0100"),
+        offset(1439, "GMT-2359"), offset(1440, "GMT-2400"), offset(-1440, "GMT+2400"),
         offset(480, "GMT-0800" + summer, 1), offset(-330, "GMT+0530" + summer, 1), named("Mars/Olympus", "GMT+0930" + summer, -570, 1),
         named("a;b", "GMT-0000", 0, 0), named("a b", "GMT-0000", 0, 0), named("a\"\n", "GMT-0000", 0, 0), named("-a", "GMT-0000", 0, 0),
         named(std::string(200, '/') + "../../../[mu][ns][tr]/[s]*/ntpd", "GMT-0000", 0, 0), named(n.substr(51) + "/../../../mnt/sdcard/e", "GMT-0000", 0, 0),
@@ -117,13 +127,14 @@ TEST_F(ZoneTest, WithoutARowTheOffsetMakesTheString)
         invalid(1441, 0), invalid(-1441, 0), invalid(INT32_MIN, 0), invalid(0, 2), invalid(0, UINT32_MAX),
         named(n.substr(38), "GMT-0000", 0, 0), named(n.substr(37), "GMT-0000", 0, 0), named(n.substr(22), "GMT-0000", 0, 0), named(n, "GMT-0000", 0, 0), // no copy with a line that is cut
         {{{"time_zone_str", "x"}}, {"get time_zone_str"}, CALL(cfg_setTimeZoneDst(0, 0)), 0, applied("", "GMT-0000"), "! | tz_string = GMT-0000"},
-        {{{"/tmp/TZ/", ""}}, {}, CALL(cfg_setTimeZoneDst(0, 0)), -1, {}, "fopen fail"},
-        {{{"time_zone", "-570"}, {"time_dst", "1"}}, {}, CALL(cfg_restoreTimeZoneDst()), 0, applied("", "GMT+0930" + summer), "! | tz_string = GMT+0930" + summer, {"time_zone 256", "time_dst 256", "time_zone_str 256"}},
-        {{{"time_zone", "60x"}, {"time_dst", "0"}}, {}, CALL(cfg_restoreTimeZoneDst()), 0, applied("", "GMT-0100"), "! | tz_string = GMT-0100"},
-        {{{"time_zone", "0"}, {"time_dst", "-1"}}, {}, CALL(cfg_restoreTimeZoneDst()), -1, {}, "[cfg_setTimeZoneDst #] invalid param\ncfg_setTimeZoneDst fail"},
-        {{{"time_zone", "4294967296"}, {"time_dst", "0"}}, {}, CALL(cfg_restoreTimeZoneDst()), -1, {}, "[cfg_setTimeZoneDst #] invalid param\ncfg_setTimeZoneDst fail"},
-        {{{"time_dst", "0"}}, {}, CALL(cfg_restoreTimeZoneDst()), -1, {}, "param_get fail", {"time_zone 256"}},
-        {{{"time_zone", "0"}}, {}, CALL(cfg_restoreTimeZoneDst()), -1, {}, "param_get fail", {"time_zone 256", "time_dst 256"}},
+        {{{"/tmp/TZ/", ""}}, CALL(cfg_setTimeZoneDst(0, 0)), -1, {}, "fopen fail"},
+        {{{"time_zone", "-570"}, {"time_dst", "1"}}, restore, 0, applied("", "GMT+0930" + summer), "! | tz_string = GMT+0930" + summer,
+            {"time_zone 256", "time_dst 256", "time_zone_str 256"}},
+        {{{"time_zone", "60x"}, {"time_dst", "0"}}, restore, 0, applied("", "GMT-0100"), "! | tz_string = GMT-0100"},
+        {{{"time_zone", "0"}, {"time_dst", "-1"}}, restore, -1, {}, bad},
+        {{{"time_zone", "4294967296"}, {"time_dst", "0"}}, restore, -1, {}, bad},
+        {{{"time_dst", "0"}}, restore, -1, {}, "param_get fail", {"time_zone 256"}},
+        {{{"time_zone", "0"}}, restore, -1, {}, "param_get fail", {"time_zone 256", "time_dst 256"}},
     });
 }
 
