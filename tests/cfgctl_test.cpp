@@ -12,7 +12,9 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sys/msg.h>
+#include <sys/sem.h>
 #include <sys/shm.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using testing::AnyOf;
@@ -138,7 +140,7 @@ TEST_F(CfgctlTest, HelpAndManPageAreOneText)
         const std::string help = shell("cfgctl help " + verb).out;
         EXPECT_THAT(text, HasSubstr(flow(help.substr(0, help.find("\n      --")))));
     }
-    EXPECT_EQ(std::count(verbs.begin(), verbs.end(), '\n'), 29);
+    EXPECT_EQ(std::count(verbs.begin(), verbs.end(), '\n'), 30);
     EXPECT_EQ(lines(page, "\\.SH ", " "), "NAME SYNOPSIS DESCRIPTION OPTIONS COMMANDS EXIT STATUS FILES SEE ALSO ");
     EXPECT_THAT(page, testing::Not(HasSubstr("\n.nf"))); // it folds at any width
     EXPECT_EQ(shell("cfgctl set --help; cfgctl -h").out, shell("cfgctl help set; cfgctl help").out);
@@ -395,6 +397,59 @@ TEST_F(CfgctlTest, EventsAreAddedListedAndDropped)
         {"events clear", 4, "", "no event was dropped"},
     });
     shmctl(shmget(cfg_set::EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
+}
+
+// Each area has one fault, is asked, and has none again.
+TEST_F(CfgctlTest, CheckTellsWhatIsWrong)
+{
+    const auto says = [](const std::string &item, const std::string &state, const std::string &to_do) {
+        return R"(~"item": ")" + item + R"(","state": ")" + state + R"(","ok": false,"to_do": ")" + to_do;
+    };
+    const int lock = semget(0xDEF, 1, IPC_CREAT | 0666);
+    const int ring = shmget(cfg_set::EVENT_SHM_KEY, sizeof(cfg_set::EventQueue), IPC_CREAT | 0666);
+    auto *shared = static_cast<cfg_set::EventQueue *>(shmat(ring, nullptr, 0));
+    *shared = {0, 1, 1, {{1, 4000000000}}};
+    const pid_t holder = fork();
+    if (holder == 0)
+        _exit(semctl(lock, 0, SETVAL, 0));
+    waitpid(holder, nullptr, 0);
+    const std::string taken_by = "stuck: taken by process " + std::to_string(holder) + ", which is gone";
+    check({
+        {"check locks --json", 1, says("0xDEF Wi-Fi link", taken_by, "ipcrm -S 0xDEF\""), "1 of 3"},
+        {"check ring --json", 1, says("0x20130002 event ring", "1 events from the future", "set the clock"), "1 of 1"},
+    });
+    shared->tail = 0;
+    check({{"check ring --json", 1, says("0x20130002 event ring", "head 0, tail 0 and count 1 do not fit", "set the"), "1 of 1"}});
+    EXPECT_EQ(shared->tail, 0U);
+    EXPECT_EQ(semctl(lock, 0, GETVAL), 0);
+    *shared = {};
+    semctl(lock, 0, IPC_RMID);
+    const std::string pid = "/var/run/GMMdVideo.pid";
+    check({
+        {"cp /rom/etc/desk/board /etc/desk; echo 1 >" + pid + "; mkdir -p /mnt/sdcard/upgrade /mnt/sdcard/video -> check", 0,
+         "~daemons  daemons by name", "", "*"},
+        {"param set wled_mode 9 -> check store --json", 1, says("wled_mode", "takes a number from 0 to 2, not 9", "cfgctl set"), "1 of 2"},
+        {"param unset wled_mode; param set viewer_list_00 ann,5ecret,key -> check store --json", 1,
+         says("viewer_list_00", "cannot be read back", "cfgctl unset viewer_list_00"), "1 of 2"},
+        {"param unset viewer_list_00; echo 'echo ${1#sn}' >/etc/desk/board -> check board --json", 1,
+         says("sn", "not told", "let 'board sn' print a line"), "2 of 5", "*"},
+        {"rm /etc_ro/udhcpc.kill -> check tools --json", 1,
+         says("/etc_ro/udhcpc.kill", "missing, or not executable", "install it: needed for Wi-Fi"), "1 of 35"},
+        {"rm /proc/backlight -> check drivers --json", 1, says("/proc/backlight", "missing", "load the driver"), "1 of", "*"},
+        {"param set time_zone_str Mars/Base -> check files --json", 1,
+         says("time_zone_str", "Mars/Base, which the table does not have", ""), "2 of"},
+        {"param unset time_zone_str; echo x >/mnt/sdcard/video/.event -> check files --json", 1,
+         says("/mnt/sdcard/video/.event", "2 bytes", "a restart deletes it"), "1 of"},
+        {"rm /mnt/sdcard/video/.event; echo >/mnt/sdcard/upgrade/upgrade.dat -> check files --json", 1,
+         says("/mnt/sdcard/upgrade", "the download is not complete", "wait"), "1 of"},
+        {"rm /mnt/sdcard/upgrade/upgrade.dat; cfgctl rec 1 -> check queues --json", 1, "~\"1 messages, 292 of ", "1 of 3"},
+        {"cfgctl monitor --count 1; echo 999999 >" + pid + " -> check daemons --json", 1,
+         says(pid, "process 999999, which is gone", "start the daemon"), "1 of 3"},
+        {"echo 1 >" + pid + "; mkdir /proc/self /proc/7; echo eventd | tee /proc/7/comm >/proc/self/comm -> check daemons --json", 1,
+         says("capture", "does not run", "start it: needed for privacy mode"), "7 of 10"},
+    });
+    shmdt(shared);
+    shell("rm -r /proc/self /proc/7");
 }
 
 TEST_F(CfgctlTest, ImagesAndDownloads)

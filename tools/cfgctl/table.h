@@ -35,7 +35,7 @@ Run get, set, unset, save, restore, show, board, prompt, alert_sound, privacy, n
     firmware_check, firmware_newer, firmware_downloaded, speech, crc, wifi_config, wifi_control,
     wifi_status, link_status, time_zone, time_sync, upload_status, upload_config, upload_control,
     upload_recover, list_print, list_set, viewer_list, viewer_add, viewer_del, sound, volume,
-    feature_list, feature;
+    feature_list, feature, check_camera;
 
 enum Kind {
     NONE,     // behind the last word; an option without a value
@@ -141,6 +141,7 @@ inline constexpr Verb VERBS[] = {
     {"save", "save the store"},
     {"restore", "apply stored values to the device"},
     {"show", "list the known keys, their values and what applies them"},
+    {"check", "tell what the camera lacks and what to do about it"},
     {"board", "print what the board is and has"}, {"prompt", "play a spoken prompt"},
     {"alert", "play an alert sound, then restore the speaker"},
     {"privacy", "tell or switch privacy mode"}, {"night", "tell or switch night mode"},
@@ -203,6 +204,11 @@ inline constexpr Action ACTIONS[] = {
      "Prints the keys that the library and the daemons know. --export prints those that are "
      "stored; what set would refuse and, without --show-secrets, secrets are named behind a #.",
      "1 no key begins so", DO(show), "io_"},
+    {"check", "", 0, {{"AREA", CHOICE, 0, 0, "none: all", "store|board|tools|drivers|files|queues|locks|ring|daemons"}}, 0,
+     "Looks at the whole camera, or at an area of it, and prints a line an item: its state, and what "
+     "to do when something is wrong. Changes nothing: it writes nothing, takes no lock and runs no "
+     "command but board. Stored values are judged as set judges them, and secrets are not shown.",
+     "1 something is wrong", DO(check_camera), "drivers"},
     {"board", "", 0, {}, 0, "Asks the board for its id, serial number and hardware version, and "
      "prints them and the features that its version names.",
      "1 the board does not tell all", DO(board)},
