@@ -1,10 +1,14 @@
 // What the documents show is what the library makes, and what they list is all
 // that it uses.
 
+#define CFGCTL_PAGES // of the tables the texts alone
+
 #include "cfg_set.h"
 #include "harness.h"
 #include "platform/relay_ipc.h"
 #include "platform/viewer_relay.h"
+#include "tools/cfgctl/parts.h"
+#include "tools/cfgctl/table.h"
 
 #include <cstring>
 #include <filesystem>
@@ -157,4 +161,34 @@ TEST(DocsTest, ListsHoldWhatTheSourcesUse)
     // With names and numbers around it, a report fits the frame's 256 bytes.
     for (const std::string &text : matches(R"re((?:REPORT\w*|report\w*)\([^"]*"([^"]*)")re"))
         EXPECT_LT(text.size(), 200U) << text;
+}
+
+// What cfgctl knows and looks for is in the lists, and every driver's file is looked for.
+TEST(DocsTest, ListsHoldWhatCheckLooksFor)
+{
+    using namespace cfgctl;
+    const std::string text = read_file("/desk/docs/porting.md");
+    std::string wanted;
+    const auto add = [&](const auto &parts) {
+        for (const auto &part : parts)
+            wanted += std::string(part.names) + " ";
+    };
+    add(TOOLS);
+    add(PROCESSES);
+    add(DRIVERS);
+    for (const auto &setting : SETTINGS)
+        wanted += std::string(setting.value.name) + " ";
+    for (const auto &object : {QUEUES[0], QUEUES[1], QUEUES[2], LOCKS[0], LOCKS[1], LOCKS[2], RING})
+        wanted += std::string(object.key) + " ";
+    std::istringstream names(wanted);
+    for (std::string name; names >> name;)
+        EXPECT_TRUE(std::regex_search(text, std::regex("[`/ ]" + name + "[`, ]"))) << name;
+
+    const std::string drivers =
+        text.substr(text.find("## Drivers"), text.find("## Files") - text.find("## Drivers"));
+    const std::regex file("(/proc/[a-z0-9_/]+)`[^\n]*\\|[^\n]*\\|");
+    for (std::sregex_iterator found(drivers.begin(), drivers.end(), file), end; found != end;
+         ++found)
+        EXPECT_TRUE((*found)[1] == "/proc/mounts" || wanted.find((*found)[1]) != std::string::npos)
+            << (*found)[1];
 }

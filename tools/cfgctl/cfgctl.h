@@ -23,6 +23,9 @@ std::optional<int64_t> minutes(const std::string &text);
 // The number as JSON, null when the text is none.
 Json number_or_null(const std::string &text);
 
+// The text as it is, or for a terminal its control characters as \xHH.
+std::string visible(const std::string &text);
+
 // One call as the command line gave it, and what it leaves to be printed.
 struct Call {
     const Action *action = nullptr;
@@ -48,7 +51,7 @@ struct Call {
     void answer(Json json, const std::string &for_people)
     {
         data = std::move(json);
-        text = for_people + "\n";
+        text = visible(for_people) + "\n";
     }
 };
 

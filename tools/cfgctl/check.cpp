@@ -409,7 +409,7 @@ void check_daemons(Call &call)
         }
 }
 
-constexpr std::pair<const char *, void (*)(Call &)> AREAS[] = {
+constexpr std::pair<const char *, void (*)(Call &)> LOOKS[] = {
     {"store", check_store},     {"board", check_board}, {"tools", check_tools},
     {"drivers", check_drivers}, {"files", check_files}, {"queues", check_queues},
     {"locks", check_locks},     {"ring", check_ring},   {"daemons", check_daemons}};
@@ -424,7 +424,7 @@ void check_camera(Call &call)
     call.words.resize(1);
     call.data = Json::array();
     call.fields = {"area", "item", "state", "to_do"};
-    for (const auto &[area, look] : AREAS)
+    for (const auto &[area, look] : LOOKS)
         if (wanted.empty() || wanted == area) {
             call.words[0] = area;
             look(call);

@@ -180,7 +180,7 @@ std::string cell(const std::string &name, const Json &value)
     if (value.is_boolean())
         return value.get<bool>() ? "yes" : "no";
     if (value.is_string())
-        return value.get<std::string>();
+        return visible(value.get<std::string>());
     const bool minutes = name == "starttime" || name == "stoptime";
     if (!minutes && name != "time")
         return text_of(value);
@@ -293,6 +293,22 @@ bool print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), data);
     return std::fflush(data) == 0;
+}
+
+std::string visible(const std::string &text)
+{
+    if (isatty(fileno(data)) != 1)
+        return text;
+    std::string shown;
+    for (const char c : text) {
+        char hex[8];
+        std::snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned char>(c));
+        const bool control = static_cast<unsigned char>(c) < ' ' || c == '\x7f';
+        // Behind U+0080 to U+009F, in UTF-8, are controls too.
+        const bool second = !shown.empty() && shown.back() == '\xc2' && (c & '\xe0') == '\x80';
+        shown += control || second ? hex : std::string(1, c);
+    }
+    return shown;
 }
 
 std::string text_of(const Json &json, int indent)
