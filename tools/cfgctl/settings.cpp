@@ -247,7 +247,7 @@ std::optional<std::string> stored(const std::string &key)
         if (!got && size >= LARGE_VALUE)
             return std::nullopt;
         if (got && std::strlen(value.c_str()) + 1 < size)
-            return std::string(value.c_str());
+            return value.substr(0, std::strlen(value.c_str()));
     }
 }
 
