@@ -44,7 +44,7 @@
  *    codes are ignored. A text from outside that becomes part of a line is
  *    refused when it holds a shell character, one of ; & | < > ( ) $ ` \ " ' * ? [
  *    or a control character; a time server also for a blank, ~, # or a leading
- *    "-"; a zone name for a blank, ~, # or a component ".."; a sound or a language
+ *    "-"; a zone name for a blank, ~, # or ".."; a sound or a language
  *    for a leading "-", and for ~ or # where a word begins. Blanks of a sound or a
  *    language separate words, except where the line has quotes around it.
  *

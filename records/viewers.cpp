@@ -23,26 +23,32 @@ static void slot_key(char *key, int slot)
     format(key, KEY_SIZE, "viewer_list_%02d", slot);
 }
 
-// The stored form of an entry; false when it or a field is cut to fit.
+// Whether every field has its terminator, and before it none of `refused`, but
+// in `once`.
+static bool fields_end(const struct viewer_entry *entry, const char *refused)
+{
+    static const uint16_t SIZES[] = {sizeof entry->name, sizeof entry->passcode,
+                                     sizeof entry->credential};
+    const char *field = entry->name;
+    for (const uint16_t size : SIZES) {
+        if (!memchr(field, '\0', size) || field[strcspn(field, refused)])
+            return false;
+        field += size;
+    }
+    return memchr(field, '\0', sizeof entry->once) != nullptr;
+}
+
+// The stored form of an entry, cut to fit; false when it is, or when a field has
+// no terminator (and `value` is then as it was).
 static bool viewer_value(const struct viewer_entry *entry, char *value)
 {
-    return format(value, VALUE_SIZE, "%.255s,%.31s,%.63s,%.2s", entry->name, entry->passcode,
-                  entry->credential, entry->once) &&
-           memchr(entry->passcode, '\0', sizeof entry->passcode) &&
-           memchr(entry->credential, '\0', sizeof entry->credential) &&
-           memchr(entry->once, '\0', sizeof entry->once);
+    return fields_end(entry, "") && format(value, VALUE_SIZE, "%s,%s,%s,%s", entry->name,
+                                           entry->passcode, entry->credential, entry->once);
 }
 
 static bool is_named(const struct viewer_entry *entry, const char *name)
 {
     return strncmp(entry->name, name, sizeof entry->name) == 0;
-}
-
-// Whether nothing in the field begins another when it is read back.
-static bool is_one_field(const char *field, size_t size)
-{
-    const size_t length = strnlen(field, size);
-    return !memchr(field, ',', length) && !memchr(field, '\n', length);
 }
 
 // Each field is cut to its place; those that the text does not reach stay as
@@ -65,15 +71,21 @@ static void scan_viewer(const char *value, struct viewer_entry *entry)
         format(entry->once, sizeof entry->once, "%s", once);
 }
 
+// Into a cleared place. A field without a terminator is cut by one character.
+static void copy_field(char *copy, const char *field, size_t size)
+{
+    for (; size > 1 && *field; size--)
+        *copy++ = *field++;
+}
+
 static int tell_relay(int32_t command, const struct viewer_entry *entry)
 {
     viewer_relay_msg message = {};
     message.command = command;
-    format(message.name, sizeof message.name, "%.256s", entry->name);
-    format(message.passcode, sizeof message.passcode, "%.32s", entry->passcode);
-    format(message.credential, sizeof message.credential, "%.64s", entry->credential);
-    char once[sizeof entry->once];
-    format(once, sizeof once, "%.2s", entry->once);
+    copy_field(message.name, entry->name, sizeof message.name);
+    copy_field(message.passcode, entry->passcode, sizeof message.passcode);
+    copy_field(message.credential, entry->credential, sizeof message.credential);
+    const char once[] = {entry->once[0], entry->once[1], '\0'};
     message.once = to_int(once);
     return msg2relay(&message);
 }
@@ -151,9 +163,7 @@ int viewer_add_config(const struct viewer_entry *entry)
         }
     }
     char value[VALUE_SIZE];
-    if (!*entry->name || !is_one_field(entry->name, sizeof entry->name) ||
-        !is_one_field(entry->passcode, sizeof entry->passcode) ||
-        !is_one_field(entry->credential, sizeof entry->credential) || !viewer_value(entry, value)) {
+    if (!*entry->name || !fields_end(entry, ",\n") || !viewer_value(entry, value)) {
         REPORT_MODULE("invalid viewer");
         return -1;
     }

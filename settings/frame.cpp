@@ -23,21 +23,19 @@ bool cfg_set::format(char *buffer, size_t size, const char *text, ...)
 
 bool cfg_set::harmless(const char *text, Word kind)
 {
-    if (*text == '-' && kind != ZONE_WORD) // names of zone files have a folder before them
+    // A folder precedes the name of a zone file, so that it is never an option.
+    if (kind == ZONE_WORD ? strstr(text, "..") != nullptr : *text == '-')
         return false;
-    const char *refused = "~# ;&|<>()$`\\\"'*?[";
+    const char *refused = "~# ;&|<>()$`\\\"'*?[\x7f";
     if (kind == SOUND_WORD)
         refused += strlen("~# ");
-    bool begins = true; // a word of a sound, a component of a zone
+    if (text[strcspn(text, refused)])
+        return false;
+    bool begins = true; // a word of a sound
     for (; *text; text++) {
-        if ((unsigned char)*text < ' ' || *text == '\x7f' || strchr(refused, *text))
+        if ((unsigned char)*text < ' ' || (begins && (*text == '~' || *text == '#')))
             return false;
-        if (begins && (*text == '~' || *text == '#'))
-            return false;
-        if (begins && kind == ZONE_WORD && text[0] == '.' && text[1] == '.' &&
-            (text[2] == '/' || text[2] == '\0'))
-            return false;
-        begins = *text == (kind == ZONE_WORD ? '/' : ' ');
+        begins = *text == ' ';
     }
     return true;
 }
@@ -97,7 +95,7 @@ int cfg_set::read_line(FILE *stream, char *line, int size)
     int length = 0;
     int character = 0;
     while (length < size - 1 && character != '\n') {
-        character = getc(stream);
+        character = fgetc(stream);
         if (character != EOF) {
             line[length++] = (char)character;
             continue;
