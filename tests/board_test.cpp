@@ -53,7 +53,8 @@ TEST_F(BoardTest, AnswersAndBits)
         {{{"$ board hwver", "\n280\n"}}, CALL_AS(cfg_getBoardInfo, info(2)), "0 ", version},
         {{{"$ board boardid", long_id}}, CALL_AS(cfg_getBoardInfo, info(0, 17)), "0 0123456789abcdef", id},
         {{{"$ board sn", ""}}, CALL_AS(cfg_getBoardInfo, info(1)), "-1 ", sn, "fgets fail, errno[0][Success]"},
-        {{}, {"popen board sn"},              CALL_AS(cfg_getBoardInfo, info(1)), "-1 ", sn, "pclose fail, errno[12][Cannot allocate memory]"},
+        {{}, {"popen board sn"}, CALL_AS(cfg_getBoardInfo, info(1)), "-1 ", sn,
+            "pclose fail, errno[12][Cannot allocate memory]"},
         {CALL(cfg_getBoardInfo(3, nullptr, 0)), -1, {}, "unknown index[3]"},
 
         {{{"$ board hwver", "280\n"}}, CALL(bits()), "1 1 0", versions},

@@ -120,7 +120,12 @@ TEST_F(SupplicantTest, AStoreOfFourNetworksBecomesAFileOfFour)
     const Calls plain = {wrote(block("home", home) + slots)};
     const Calls pinned = {wrote(block("home", home + pin) + block("home", home) + slots)};
     EXPECT_EQ(judged(four), R"('home''Attic \"2\" #1''Attic \"2\" #1''\r\t \\'\xff''caf\xc3\xa9')");
-    const auto first = [&](const char *setup, const std::string &address) { auto given = four; given["orb_setup"] = setup; given["app_ip"] = address; return given; };
+    const auto first = [&](const char *setup, const std::string &address) {
+        auto given = four;
+        given["orb_setup"] = setup;
+        given["app_ip"] = address;
+        return given;
+    };
     const auto made_with = [&](int old) { // the mode of the file, and of the one that was there
         remove(FILE_PATH.c_str());
         if (old)

@@ -14,7 +14,8 @@ static const Calls KILLED = {"system killall ntpd"};
 static Row row(const std::string &first, const std::string &second, const std::string &command)
 {
     const Calls acts = command.empty() ? KILLED : Calls{KILLED[0], "told", "system " + command};
-    return {{{"time_server", first}, {"time_server1", second}}, CALL(cfg_setTimeSync(-1)), 0, acts, command.empty() ? "" : "| cfg_setTimeSync  #\n| \n| Do ntpd: " + command};
+    return {{{"time_server", first}, {"time_server1", second}}, CALL(cfg_setTimeSync(-1)), 0, acts,
+            command.empty() ? "" : "| cfg_setTimeSync  #\n| \n| Do ntpd: " + command};
 }
 
 TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
@@ -34,7 +35,8 @@ TEST_F(SyncTest, ClientIsPointedAtTheServersThatAreSetAndFit)
         row("ntp0.example.net", "", "ntpd -p ntp0.example.net"),
         row("", "192.0.2.1", "ntpd -p 192.0.2.1"),
         row("%s", "2001:db8::1", "ntpd -p %s -p 2001:db8::1"),
-        row("a-b", "a b", "ntpd -p a-b"), row("-a", "b;c", "ntpd"), row("b\x01", "$c", "ntpd"), row("b\x7f", "\n", "ntpd"), row("*", "[-]*", "ntpd"), row("a#", "~", "ntpd"), // not what a shell or ntpd would act on
+        row("a-b", "a b", "ntpd -p a-b"), row("-a", "b;c", "ntpd"), row("b\x01", "$c", "ntpd"),
+        row("b\x7f", "\n", "ntpd"), row("*", "[-]*", "ntpd"), row("a#", "~", "ntpd"), // not what a shell or ntpd would act on
         // "ntpd", and " -p " before each server, in at most 255 characters
         row(server(247), "", "ntpd -p " + server(247)),
         row(server(248), "", ""),

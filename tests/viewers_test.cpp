@@ -112,21 +112,28 @@ TEST_F(ViewersTest, AdditionIsStoredThenTold)
     const auto row = [](const viewer_entry &bad) { return Row{CALL(viewer_add_config(at(bad))), -1, {}, END + "cfg_set invalid viewer"}; };
     const auto n = [](size_t length) { return std::string(length, 'n'); };
     const auto added = [](const char *count) { return "cfg_set add new viewer to nvram n = " + std::string(count); };
-    const std::string told = "\ncfg_set add new viewer to relay server db.", set0 = "set " + key(0) + "=", set1 = "set " + key(1) + "=", longest = "a," + n(31) + "," + n(63) + ",12";
+    const std::string told = "\ncfg_set add new viewer to relay server db.", set0 = "set " + key(0) + "=";
+    const std::string set1 = "set " + key(1) + "=", longest = "a," + n(31) + "," + n(63) + ",12";
     check({
-        {{{key(0), ANN}, {key(2), CAT}}, CALL(viewer_add_config(at(viewer("Ann", "12", "key", "7")))), 0, {set0 + ANN, set1 + "Ann,12,key,7", "relay 1 Ann 12 key 7"},
+        {{{key(0), ANN}, {key(2), CAT}}, CALL(viewer_add_config(at(viewer("Ann", "12", "key", "7")))), 0,
+            {set0 + ANN, set1 + "Ann,12,key,7", "relay 1 Ann 12 key 7"},
          listed({ANN}) + END + stored({ANN, "Ann,12,key,7"}) + added("1") + told},
-        {{}, {},                        CALL(viewer_add_config(at(viewer("a", "", "", "")))), 0, {set0 + "a,,,", "relay 1 a   0"}, END + stored({"a,,,"}) + added("0") + told},
-        {{}, {},                        CALL(viewer_add_config(at(viewer(n(249))))), 0, {set0 + n(249) + ",p,c,1", "relay 1 " + n(249) + " p c 1"}, END + stored({n(249) + ",p,c,1"}) + added("0") + told},
+        {CALL(viewer_add_config(at(viewer("a", "", "", "")))), 0, {set0 + "a,,,", "relay 1 a   0"},
+            END + stored({"a,,,"}) + added("0") + told},
+        {CALL(viewer_add_config(at(viewer(n(249))))), 0, {set0 + n(249) + ",p,c,1", "relay 1 " + n(249) + " p c 1"},
+            END + stored({n(249) + ",p,c,1"}) + added("0") + told},
         {slots({n(254)}), CALL(viewer_add_config(at(viewer("ann")))), 0, {set0 + n(254) + ",", set1 + "ann,p,c,1", "relay 1 ann p c 1"},
          listed({n(254)}) + END + stored({n(254) + ",", "ann,p,c,1"}) + added("1") + told},
-        {{}, {"set " + key(0)},         CALL(viewer_add_config(at(viewer("a")))), 0, {set0 + "a,p,c,1", "relay 1 a p c 1"}, END + stored({"a,p,c,1"}) + SET + "param_set fail\n" + added("0") + told},
-        {slots({ANN, BOB}), CALL(viewer_add_config(at(viewer("bob", "", "", "")))), 0, {}, listed({ANN, BOB}) + END + "cfg_set viewer has been in viewerlist"},
+        {{}, {"set " + key(0)}, CALL(viewer_add_config(at(viewer("a")))), 0, {set0 + "a,p,c,1", "relay 1 a p c 1"},
+            END + stored({"a,p,c,1"}) + SET + "param_set fail\n" + added("0") + told},
+        {slots({ANN, BOB}), CALL(viewer_add_config(at(viewer("bob", "", "", "")))), 0, {},
+            listed({ANN, BOB}) + END + "cfg_set viewer has been in viewerlist"},
         {slots(TEN), CALL(viewer_add_config(at(viewer("ann")))), 10, {}, listed(TEN) + "cfg_set Viewer List (10) has achieved Max number"},
         row(viewer("")), row(viewer("a,b")), row(viewer("a\nb")), row(viewer(n(250))), row(viewer(n(256), "", "", "")),
         row(viewer("a", "p,")), row(viewer("a", "\n")), row(viewer("a", n(32))),
         row(viewer("a", "p", "c", "123")), row(viewer("a", "p", ",c")), row(viewer("a", "p", "c\n")), row(viewer("a", "p", n(64))),
-        {{}, {"relay"},                 CALL(viewer_add_config(at(viewer("a", n(31), n(63), "12")))), 0, {set0 + longest, "relay 1 a " + n(31) + " " + n(63) + " 12"},
+        {{}, {"relay"}, CALL(viewer_add_config(at(viewer("a", n(31), n(63), "12")))), 0,
+            {set0 + longest, "relay 1 a " + n(31) + " " + n(63) + " 12"},
          END + stored({longest}) + added("0") + "\ncfg_set add new viewer to relay failed." + told},
     });
 }
@@ -140,8 +147,10 @@ TEST_F(ViewersTest, DeletionIsToldThenStored)
     const std::string cleared = clears("0") + clears("1");
     check({
         {slots({ANN, BOB, CAT}), {"relay"}, CALL(viewer_del_config(at(viewer("bob", std::string(32, 'p'), "", "765")))), 0,
-         {"relay 2 bob " + std::string(31, 'p') + "  76", "unset " + key(0), "unset " + key(1), "unset " + key(2), "set " + key(0) + "=" + ANN, "set " + key(1) + "=" + CAT},
-         listed({ANN, BOB, CAT}) + END + keeps("0") + found + "bob\n" + failed + told + keeps("2") + cleared + clears("2") + cut(stored({ANN, CAT}))},
+         {"relay 2 bob " + std::string(31, 'p') + "  76", "unset " + key(0), "unset " + key(1), "unset " + key(2),
+          "set " + key(0) + "=" + ANN, "set " + key(1) + "=" + CAT},
+         listed({ANN, BOB, CAT}) + END + keeps("0") + found + "bob\n" + failed + told + keeps("2") +
+             cleared + clears("2") + cut(stored({ANN, CAT}))},
         {slots({ANN, ANN}), {"unset " + key(0)}, CALL(viewer_del_config(at(viewer("ann")))), 0,
             {"relay 2 ann p c 1", "relay 2 ann p c 1", "unset " + key(0), "unset " + key(1)},
          listed({ANN, ANN}) + END + found + "ann\n" + told + found + "ann\n" + told + cut(cleared)},
@@ -156,15 +165,19 @@ TEST_F(ViewersTest, DeletionIsToldThenStored)
 
 TEST_F(ViewersTest, SetterStoresAllOrNothingThatIsTooLong)
 {
-    const auto too_long = [](const viewer_entry &entry) { return Row{{}, {}, CALL(viewer_set_config(1, at(entry))), 0, {}, "cfg_set viewer is too long"}; };
+    const auto too_long = [](const viewer_entry &entry) {
+        return Row{CALL(viewer_set_config(1, at(entry))), 0, {}, "cfg_set viewer is too long"};
+    };
     const std::vector<viewer_entry> list = {viewer("ann"), viewer("bob"), viewer(std::string(250, 'n'))};
-    const std::string a = "ann,p,c,1", b = "bob,p,c,1", set0 = "set " + key(0) + "=" + a, both = stored({a, b}, "cfg_set "), first = stored({a}, "cfg_set "), p(32, 'p'), c(64, 'c'), n(256, 'n');
+    const std::string a = "ann,p,c,1", b = "bob,p,c,1", set0 = "set " + key(0) + "=" + a;
+    const std::string both = stored({a, b}, "cfg_set "), first = stored({a}, "cfg_set "), p(32, 'p'), c(64, 'c'), n(256, 'n');
     check({
         {CALL(viewer_set_config(0, list.data())), 0},
         {CALL(viewer_set_config(2, list.data())), 0, {set0, "set " + key(1) + "=" + b}, cut(both)},
         {{}, {"set " + key(0)}, CALL(viewer_set_config(2, list.data())), 0, {set0}, first + "cfg_set param_set fail"},
         {{}, {},                CALL(viewer_set_config(3, list.data())), 0, {}, "cfg_set viewer is too long"},
-        too_long(viewer(n, "", "", "")), too_long(viewer("a", p)), too_long(viewer("a", "p", c)), too_long(viewer("a", "p", "c", "123")), // no end
+        too_long(viewer(n, "", "", "")), too_long(viewer("a", p)), too_long(viewer("a", "p", c)),
+        too_long(viewer("a", "p", "c", "123")), // no end
     });
 }
 // clang-format on

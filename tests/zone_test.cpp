@@ -67,7 +67,8 @@ static std::string looked_up(const std::string &name)
 static Calls files(const std::string &zone)
 {
     const Calls removed = {"system rm -rf /etc/localtime"};
-    const bool copied = zone.size() <= 217 && zone.find_first_of(" ;\n\"*?[~#") == std::string::npos && zone.find("../") == std::string::npos;
+    const bool copied = zone.size() <= 217 && zone.find_first_of(" ;\n\"*?[~#") == std::string::npos &&
+                        zone.find("../") == std::string::npos;
     return copied ? removed + Calls{"system cp /usr/share/zoneinfo/" + zone + " /tmp/localtime"} : removed;
 }
 static Calls applied(const std::string &zone, const std::string &tz)
@@ -102,7 +103,8 @@ TEST_F(ZoneTest, RowsMatchByPrefixInAnyCaseAndTheFirstOneWins)
     write_file(table, "Etc/UTC UTC0\nEurope/Berlin CET-1CEST,M3.5.0,M10.5.0/3\n");
     Row over = named("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3");
     over.given["/tmp/TZ"] = OLD;
-    check_zones({named("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"), over, named("Europe/Paris", "GMT-0100", 60, 0), offset(0, "GMT-0000")});
+    check_zones({named("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"), over, named("Europe/Paris", "GMT-0100", 60, 0),
+                 offset(0, "GMT-0000")});
     remove(table.c_str());
     check_zones({row("", "0 none")});
 }
@@ -122,11 +124,15 @@ TEST_F(ZoneTest, WithoutARowTheOffsetMakesTheString)
         offset(1439, "GMT-2359"), offset(1440, "GMT-2400"), offset(-1440, "GMT+2400"),
         offset(480, "GMT-0800" + summer, 1), offset(-330, "GMT+0530" + summer, 1), named("Mars/Olympus", "GMT+0930" + summer, -570, 1),
         named("a;b", "GMT-0000", 0, 0), named("a b", "GMT-0000", 0, 0), named("a\"\n", "GMT-0000", 0, 0), named("-a", "GMT-0000", 0, 0),
-        named(std::string(200, '/') + "../../../[mu][ns][tr]/[s]*/ntpd", "GMT-0000", 0, 0), named(n.substr(51) + "/../../../mnt/sdcard/e", "GMT-0000", 0, 0),
-        named("a?c", "GMT-0000", 0, 0), named("~", "GMT-0000", 0, 0), named("a#c", "GMT-0000", 0, 0), named("../a", "GMT-0000", 0, 0), // no copy of these
+        named(std::string(200, '/') + "../../../[mu][ns][tr]/[s]*/ntpd", "GMT-0000", 0, 0),
+        named(n.substr(51) + "/../../../mnt/sdcard/e", "GMT-0000", 0, 0),
+        named("a?c", "GMT-0000", 0, 0), named("~", "GMT-0000", 0, 0), named("a#c", "GMT-0000", 0, 0),
+        named("../a", "GMT-0000", 0, 0), // no copy of these
         invalid(1441, 0), invalid(-1441, 0), invalid(INT32_MIN, 0), invalid(0, 2), invalid(0, UINT32_MAX),
-        named(n.substr(38), "GMT-0000", 0, 0), named(n.substr(37), "GMT-0000", 0, 0), named(n.substr(22), "GMT-0000", 0, 0), named(n, "GMT-0000", 0, 0), // no copy with a line that is cut
-        {{{"time_zone_str", "x"}}, {"get time_zone_str"}, CALL(cfg_setTimeZoneDst(0, 0)), 0, applied("", "GMT-0000"), "! | tz_string = GMT-0000"},
+        named(n.substr(38), "GMT-0000", 0, 0), named(n.substr(37), "GMT-0000", 0, 0), named(n.substr(22), "GMT-0000", 0, 0),
+        named(n, "GMT-0000", 0, 0), // no copy with a line that is cut
+        {{{"time_zone_str", "x"}}, {"get time_zone_str"}, CALL(cfg_setTimeZoneDst(0, 0)), 0, applied("", "GMT-0000"),
+            "! | tz_string = GMT-0000"},
         {{{"/tmp/TZ/", ""}}, CALL(cfg_setTimeZoneDst(0, 0)), -1, {}, "fopen fail"},
         {{{"time_zone", "-570"}, {"time_dst", "1"}}, restore, 0, applied("", "GMT+0930" + summer), "! | tz_string = GMT+0930" + summer,
             {"time_zone 256", "time_dst 256", "time_zone_str 256"}},
