@@ -8,10 +8,10 @@ using namespace cfg_set;
 
 constexpr uint32_t TYPE_MAX = 4;
 
-// A clock up to here, 2014-01-17 23:06:40 UTC, has not been set since the boot.
+// 2014-01-17 23:06:40 UTC. An earlier clock has not been set since the boot.
 constexpr int64_t EVENT_TIME_FLOOR = 1390000000;
 
-// Whether `count` is what head and tail say, both of them slots.
+// Whether `count` agrees with head and tail, both of which are slots.
 static bool count_fits(const EventQueue *queue)
 {
     if (queue->head == queue->tail)

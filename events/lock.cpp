@@ -9,8 +9,8 @@ using namespace cfg_set;
 
 constexpr unsigned short FREE = 1;
 
-// One operation on the semaphore, again as long as signals interrupt it, each
-// failure written to standard error.
+// One operation on the semaphore, repeated while signals interrupt it. Each failure
+// is reported on standard error.
 static bool operate(int id, short change, const char *failure)
 {
     sembuf operation = {0, change, SEM_UNDO};
@@ -23,7 +23,7 @@ static bool operate(int id, short change, const char *failure)
     return true;
 }
 
-// The id of the new set with its lock free, or -1.
+// The id of the new set, whose lock is free, or -1.
 static int create(key_t key)
 {
     const int id = semget(key, 1, IPC_CREAT | 0666);

@@ -12,8 +12,8 @@ static void unlock(int lock, const char *function, int line)
         report(function, line, "sem_put fail iSemId[%d]", lock);
 }
 
-// Begins an operation: the lock is held and the ring attached. Null when one of
-// them cannot be had; the lock is then not held.
+// Begins an operation: takes the lock and attaches the ring. Null when either
+// fails; the lock is then not held.
 static EventQueue *enter(int *lock, const char *function, int line)
 {
     *lock = sem_get(EVENT_SEM_KEY);
@@ -36,11 +36,11 @@ static void leave(EventQueue *queue, int lock, const char *function, int line)
 }
 
 // Head, tail and count change in one store, so that a process killed between
-// any two instructions leaves the old ones or the new, never some of each. On
-// ARM that is one stmia, which a signal does not divide. It stores registers in
-// ascending order, so the three are named, and moves the address, since Thumb-1
-// has no other form. Elsewhere it is a vector of four words, which a compiler
-// splits where the processor has no 16-byte stores.
+// any two instructions leaves the old ones or the new, never a mixture. On ARM
+// this is one stmia, which a signal does not divide. It stores registers in
+// ascending order, so the code names three, and it moves the address, because
+// Thumb-1 has no other form. Elsewhere it is a vector of four words, which the
+// compiler splits if the processor has no 16-byte stores.
 static void set_indices(EventQueue *queue, uint32_t head, uint32_t tail, uint32_t count)
 {
     __atomic_signal_fence(__ATOMIC_SEQ_CST); // an event is whole before it counts
@@ -54,7 +54,7 @@ static void set_indices(EventQueue *queue, uint32_t head, uint32_t tail, uint32_
                  : "r"(first), "r"(second), "r"(third)
                  : "memory");
 #else
-    // Four words make one store; the fourth, slot 0's type, stays as it is.
+    // The fourth word, slot 0's type, keeps its value.
     typedef uint32_t Words __attribute__((vector_size(16), aligned(4), may_alias));
     *(volatile Words *)queue = Words{head, tail, count, queue->slots[0].type};
 #endif

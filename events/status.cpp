@@ -14,7 +14,7 @@ int cfg_setDeviceStatus(uint8_t status)
         REPORT("Fail to open %s file", DEV_STATUS_FILE);
         return -1;
     }
-    // Shared, and after the file was cut: readers are not kept out.
+    // The lock is shared and comes after the truncation: it does not exclude readers.
     REPORT("result:%d", flock(fileno(file), LOCK_SH));
     const size_t written = fwrite(&status, 1, sizeof status, file);
     REPORT("status: %d, writeSize: %d, sizeof(status):%d", status, (int)written,

@@ -9,7 +9,7 @@
 
 using namespace cfg_set;
 
-// Reads the file into the ring and closes it. False when it is short or not a ring.
+// Reads the file into the ring and closes it. False when it is short or invalid.
 static bool load(EventQueue *queue, FILE *file)
 {
     const size_t length = fread(queue, 1, sizeof *queue, file);

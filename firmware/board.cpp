@@ -37,7 +37,7 @@ int cfg_getBoardInfo(unsigned long index, char *buf, int size)
 
     const int read = command_line(command, buf, size);
     if (read <= 0) {
-        // "pclose" for a failed open is the text that log readers look for.
+        // Log readers expect "pclose" for a failed open.
         REPORT("%s fail, errno[%d][%s]", read == NOT_STARTED ? "pclose" : "fgets", errno,
                strerror(errno));
         return -1;
@@ -89,7 +89,7 @@ uint32_t cfg_set::getBoardIdMask(const char *board, const char *model)
         return 0;
     }
 
-    // The digits may reach the end of the field, where no terminator stands.
+    // The digits may fill the field, which then has no terminator.
     char digits[MASK_DIGITS + 1] = "";
     const size_t room = BOARD_ID_SIZE - 1 - prefix;
     strncpy(digits, board + prefix + 1, room < MASK_DIGITS ? room : MASK_DIGITS);

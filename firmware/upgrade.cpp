@@ -29,13 +29,13 @@ static pid_t wifi_command_thread()
     char line[LIST_LINE_SIZE] = "";
     if (pipe)
         read_line(pipe, line, sizeof line);
-    // The pipe stays open: waiting for its end is not this function's to do.
+    // The pipe stays open: this function does not wait for its end.
     // cppcheck-suppress resourceLeak
     return to_int(line);
 }
 
-// SIGTERM to every process of the list, one to a line, but init and the two
-// that are spared.
+// Sends SIGTERM to every process of the list, one a line, except init, `self` and
+// `spared`.
 static void terminate_listed(FILE *list, pid_t self, pid_t spared)
 {
     char line[LIST_LINE_SIZE];
@@ -48,7 +48,7 @@ static void terminate_listed(FILE *list, pid_t self, pid_t spared)
     }
 }
 
-// How many lines of the list are the number of init, -1 when it cannot be read.
+// The number of lines that hold the process id of init, -1 on a read error.
 static int count_of_init(FILE *list)
 {
     int count = 0;
@@ -99,8 +99,8 @@ int cfg_isPlayingMusic(void)
     return stat("/tmp/play_status", &status) == 0 && status.st_size > 0 ? 0 : -1;
 }
 
-// Reads "v%d.%d.%d" as scanf does on the camera, where a number that is too
-// large becomes the largest.
+// Reads "v%d.%d.%d" as scanf does on the camera, where a number beyond an int
+// becomes the largest int.
 static bool parse_version(const char *text, int (&numbers)[3])
 {
     const char *before = "v";

@@ -49,8 +49,8 @@ int validate_bssid(char *text)
 {
     if (!text || *text == '0' || !strchr(text, ':'))
         return 0;
-    // Read wider than a group is: %x would cut a long number to its last
-    // digits, on a 64-bit desk only.
+    // Wider than a group: on a 64-bit desk %x would cut a long number to its last
+    // digits.
     uintmax_t group[BSSID_GROUPS] = {};
     sscanf(text, "%jx:%jx:%jx:%jx:%jx:%jx", &group[0], &group[1], &group[2], &group[3], &group[4],
            &group[5]);
@@ -106,8 +106,8 @@ void generate_config_block(FILE *fp, int, const char *ssid, const char *key, con
 {
     if (!fp || !ssid || !key || !*ssid)
         return;
-    // The file has no line feeds in strings: what follows one would be read as
-    // the supplicant's own settings, or make it refuse every network.
+    // Strings of the file cannot hold line feeds: the supplicant would read the rest
+    // as settings, or refuse every network.
     if (strchr(ssid, '\n') || strchr(key, '\n') || (bssid && strchr(bssid, '\n')))
         return;
     const size_t length = strlen(key);
@@ -137,8 +137,8 @@ static void write_network(FILE *fp, int index, const char *bssid)
         generate_config_block(fp, index, ssid, key, bssid);
 }
 
-// The file, emptied, which nobody else may read: it holds keys. Null when it
-// cannot be opened.
+// Opens the file, truncated and readable by its owner only, since it holds keys.
+// Null when it cannot be opened.
 static FILE *open_private(const char *path)
 {
     constexpr mode_t OWNER = S_IRUSR | S_IWUSR;

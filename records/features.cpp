@@ -22,7 +22,7 @@ static void store_number(const char *key, int value, const char *function, int l
 }
 
 // A number stored as at most `size` - 1 characters. False, with the caller's
-// report and `value` as it was, when it cannot be read.
+// report and `value` unchanged, when it cannot be read.
 static bool read_number(const char *key, unsigned size, int *value, const char *function, int line)
 {
     char text[VALUE_SIZE];

@@ -61,7 +61,7 @@ static bool get_slot(const char *list, int slot, char *value, unsigned size, con
 }
 
 // sscanf's "%d,%d,..." for `count` numbers. Numbers that the text does not reach
-// stay as they are. The rest of the text, or null when it ended early.
+// are unchanged. Returns the rest of the text, or null when it ended early.
 static const char *scan_numbers(const char *text, int32_t *numbers, int count)
 {
     for (int i = 0; text && i < count; i++)

@@ -18,7 +18,7 @@ static bool is_built_in(const char *path)
     return strncmp(path, SOUND_FOLDER, sizeof SOUND_FOLDER - 1) == 0;
 }
 
-// Whether AudioCheck takes the file. `label` begins what is told of it.
+// Whether AudioCheck accepts the file. Reports begin with `label`.
 static bool passes_check(const char *path, const char *command, const char *label)
 {
     char reply[REPLY_SIZE] = "";
@@ -31,8 +31,8 @@ static bool passes_check(const char *path, const char *command, const char *labe
 }
 
 // Whether a sound may be chosen: none (null), a built-in one, or one that
-// AudioCheck takes. A path that its place cannot hold, or a shell would act on,
-// is reported for the caller.
+// AudioCheck accepts. A path that is too long or that `harmless` refuses is reported
+// for the caller.
 static bool may_choose(const char *path, const char *label, const char *function, int line)
 {
     if (!path)
@@ -95,7 +95,7 @@ int greeting_file_get_config(char *dst, size_t size)
 
 int alarm_audio_set_config(const char *path)
 {
-    // The label that log readers look for; not this function's name.
+    // The label that log readers expect; not this function's name.
     if (!may_choose(path, "alarm_file_set_config", HERE))
         return -1;
     put_setting("alarm_audio", path, HERE);

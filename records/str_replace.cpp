@@ -18,7 +18,7 @@ static char *replaced(const char *text, const char *found, size_t old_length,
 
 char *str_replace(const char *text, const char *old, const char *replacement)
 {
-    // What the replacement brings back, an empty text included, never ends.
+    // A replacement that contains `old`, or an empty `old`, would never end.
     if (old && replacement && strstr(text, old) && strstr(replacement, old))
         return nullptr;
     char *copy = strdup(text);

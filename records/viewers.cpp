@@ -10,8 +10,6 @@ constexpr uint8_t VIEWERS_MAX = 10;
 constexpr int LIST_IS_FULL = 10; // result of viewer_add_config
 constexpr size_t KEY_SIZE = 32;
 
-// Fields are read with their sizes as precision: a caller's may lack the
-// terminator.
 static_assert(sizeof(viewer_entry) == 256 + 32 + 64 + 3, "viewer_entry");
 static_assert(sizeof(viewer_relay_msg) == 360, "viewer_relay_msg");
 static_assert(offsetof(viewer_relay_msg, passcode) == 260, "passcode");
@@ -23,8 +21,8 @@ static void slot_key(char *key, int slot)
     format(key, KEY_SIZE, "viewer_list_%02d", slot);
 }
 
-// Whether every field has its terminator, and before it none of `refused`, but
-// in `once`.
+// Whether every field has its terminator, and no field but `once` contains a
+// character of `refused`.
 static bool fields_end(const struct viewer_entry *entry, const char *refused)
 {
     static const uint16_t SIZES[] = {sizeof entry->name, sizeof entry->passcode,
@@ -38,8 +36,8 @@ static bool fields_end(const struct viewer_entry *entry, const char *refused)
     return memchr(field, '\0', sizeof entry->once) != nullptr;
 }
 
-// The stored form of an entry, cut to fit; false when it is, or when a field has
-// no terminator (and `value` is then as it was).
+// The stored form of an entry, cut to fit. False when it was cut, or when a field
+// has no terminator (and `value` is then unchanged).
 static bool viewer_value(const struct viewer_entry *entry, char *value)
 {
     return fields_end(entry, "") && format(value, VALUE_SIZE, "%s,%s,%s,%s", entry->name,
@@ -51,8 +49,7 @@ static bool is_named(const struct viewer_entry *entry, const char *name)
     return strncmp(entry->name, name, sizeof entry->name) == 0;
 }
 
-// Each field is cut to its place; those that the text does not reach stay as
-// they are.
+// Cuts each field to its size; fields that the text does not reach are unchanged.
 static void scan_viewer(const char *value, struct viewer_entry *entry)
 {
     char name[VALUE_SIZE];
@@ -71,7 +68,7 @@ static void scan_viewer(const char *value, struct viewer_entry *entry)
         format(entry->once, sizeof entry->once, "%s", once);
 }
 
-// Into a cleared place. A field without a terminator is cut by one character.
+// Into a cleared buffer. A field without a terminator loses its last character.
 static void copy_field(char *copy, const char *field, size_t size)
 {
     for (; size > 1 && *field; size--)
@@ -105,6 +102,7 @@ int viewer_get_config(uint8_t *count, struct viewer_entry *list)
         if (!*value)
             break;
         scan_viewer(value, entry);
+        // Fields that the text does not reach are the caller's: they may lack a terminator.
         REPORT_MODULE("name        = %.256s", entry->name);
         REPORT_MODULE("passcode    = %.32s", entry->passcode);
         REPORT_MODULE("credential  = %.64s", entry->credential);
@@ -115,8 +113,7 @@ int viewer_get_config(uint8_t *count, struct viewer_entry *list)
     return 0;
 }
 
-// Stores the list, each entry as far as it fits. Reports as the setter, whoever
-// stores.
+// Stores the list, each entry cut to fit. Always reports as the setter.
 static void store_viewers(uint8_t count, const struct viewer_entry *list)
 {
     static const char SETTER[] = "viewer_set_config";

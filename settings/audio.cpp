@@ -21,8 +21,8 @@ constexpr size_t COMMAND_SIZE = 256;
 #define WAV_PLAYER "demo_MXWavPlayer_"
 #define SOUND_FOLDER "/audio/"
 
-// Longest path that the prompt player's line holds, and longest prompt name
-// that can be played at all.
+// The longest path that fits the prompt player's command line, and the longest
+// playable prompt name.
 constexpr size_t PROMPT_PATH_MAX = COMMAND_SIZE - sizeof AAC_PLAYER " ";
 constexpr size_t PROMPT_NAME_MAX = PROMPT_PATH_MAX - (sizeof SOUND_FOLDER - 1);
 
@@ -144,15 +144,15 @@ bool cfg_set::sdcard_mounted()
     return mounted;
 }
 
-// A recorded prompt counts only when the player's line can name it whole.
+// A recorded prompt counts only when its path fits the player's command line.
 static bool playable(const char *path)
 {
     return strlen(path) <= PROMPT_PATH_MAX && file_check(path);
 }
 
 // Finds the prompt `name`: in the card's speech folder of `language` (empty: no
-// card), in the firmware's folder of the stored language, or among the
-// built-in sounds, which are not tested for.
+// card), in the firmware's folder of the stored language, or among the built-in
+// sounds, whose existence is not checked.
 static void find_prompt(const char *name, const char *language, char *path, size_t size)
 {
     if (*language && harmless(language, SOUND_WORD)) {

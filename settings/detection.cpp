@@ -64,8 +64,8 @@ int cfg_setVolumeDetectPrivacyMode(uint32_t on)
     return result_of("cfg_sendMsg", post(SOUND, on ? 6 : 7), HERE);
 }
 
-// `level` modulo SENSITIVITIES, by the reciprocal, which is exact for all 32
-// bits. Compiled for size, % would call a routine of 632 bytes.
+// `level` modulo SENSITIVITIES, by the reciprocal, which is exact for all 2^32
+// levels. Compiled for size, % would add a routine of 632 bytes.
 static uint32_t sensitivity_of(uint32_t level)
 {
     const uint32_t quotient = (uint32_t)((uint64_t)level * 0xAAAAAAAB >> 33);
@@ -79,8 +79,8 @@ int cfg_setVolumeDetectSensitivity(uint32_t level)
     return result_of("cfg_sendMsg", post(SOUND, 3, 0, text), HERE);
 }
 
-// stored_number of a detection switch; on boards that cannot have it on, the
-// number is 0 and stored as such.
+// stored_number of a detection switch. On boards that cannot have it on, the
+// number becomes 0 and is stored.
 static bool stored_switch(const char *key, uint32_t *on, const char *function, int line)
 {
     if (!stored_number(key, on, function, line))
@@ -118,7 +118,7 @@ int cfg_restoreVolumeDetectSensitivity(void)
     return result_of("cfg_setVolumeDetectSensitivity", cfg_setVolumeDetectSensitivity(level), HERE);
 }
 
-// The alert channels live in the store alone: nothing is applied to a device.
+// Alert channels exist only in the store: nothing is applied to a device.
 
 int cfg_setMotionTrackEnable(uint32_t)
 {

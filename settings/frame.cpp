@@ -23,7 +23,7 @@ bool cfg_set::format(char *buffer, size_t size, const char *text, ...)
 
 bool cfg_set::harmless(const char *text, Word kind)
 {
-    // A folder precedes the name of a zone file, so that it is never an option.
+    // A folder precedes the name of a zone file, so it is never taken for an option.
     if (kind == ZONE_WORD ? strstr(text, "..") != nullptr : *text == '-')
         return false;
     const char *refused = "~# ;&|<>()$`\\\"'*?[\x7f";
@@ -120,7 +120,7 @@ int cfg_set::command_line(const char *command, char *line, int size)
     FILE *pipe = popen(command, "re");
     if (!pipe)
         return NOT_STARTED;
-    errno = 0; // an end sets none, and an old one would mislead
+    errno = 0; // an end sets none, and an old one would be misleading
     const int read = read_line(pipe, line, size);
     const int error = errno;
     pclose(pipe);
@@ -177,8 +177,8 @@ FILE *cfg_set::open_unbuffered(const char *path, const char *mode)
 
 uint32_t cfg_set::to_number(const char *text, int base)
 {
-    // strtoul negates in the width of `long`: negated back, that is the magnitude.
-    // For one too large it gives ULONG_MAX, which ends as UINT32_MAX either way.
+    // strtoul negates in the width of `long`; negating again gives the magnitude.
+    // A magnitude beyond `long` gives ULONG_MAX, which becomes UINT32_MAX.
     const unsigned long number = strtoul(text, nullptr, base);
     const bool negated = text[strspn(text, " \t\n\v\f\r")] == '-';
     const unsigned long magnitude = negated ? -number : number;

@@ -176,7 +176,7 @@ int cfg_restoreRlampEnable(void)
     uint32_t mode;
     if (!stored_number("rlamp_mode", &mode, HERE))
         return -1;
-    // The other lamp's name is the text that log readers look for.
+    // Log readers expect the other lamp's name here.
     return result_of("cfg_setWLEDEnable", cfg_setRlampEnable(mode), HERE);
 }
 

@@ -10,7 +10,7 @@ constexpr key_t QUEUE_KEY = 5678;
 constexpr size_t BODY_SIZE = 292;
 constexpr long RECORDING = 7;
 
-// The receivers' layout, behind a type of the platform's `long`.
+// The receivers' layout, after a type of the platform's `long`.
 constexpr size_t BODY = offsetof(daemon_message, command);
 static_assert(BODY == sizeof(long), "the body follows the type");
 static_assert(offsetof(daemon_message, param) - BODY == 4, "param");

@@ -26,7 +26,7 @@ static void drive_device(bool entering)
     cfg_restoreRlampEnable();
 }
 
-// Peer connection, playback, and what takes pictures all the time.
+// Peer connection, playback and continuous capture.
 static void signal_processes(bool entering)
 {
     if (entering) {

@@ -33,7 +33,7 @@ int get_enhanced_mode(void)
     return text[0] == '1';
 }
 
-// The stored number of `key` as the store's shell tool prints it.
+// The number of `key` that the store's shell tool prints.
 static int printed_number(const char *key)
 {
     char command[64];

@@ -9,7 +9,7 @@ int CheckFixCaptureSatus(void)
     return stored_int("fix_capture_status", 2);
 }
 
-// Reads "{%d,%d}{%d,%d,%d,%d}", of which the second group is the zones.
+// Reads "{%d,%d}{%d,%d,%d,%d}"; the second group is the zones.
 static bool scan_zones(const char *text, int (&zone)[4])
 {
     int unused;

@@ -1,5 +1,5 @@
-// What reads and writes the parameter store, with its reports. Apart from the
-// frame, so that a program which uses no setting links without a store.
+// Access to the parameter store, with reports. Separate from the frame, so that a
+// program that uses no setting links without a store.
 #pragma once
 
 #include "platform/param_store.h"
@@ -9,7 +9,7 @@ namespace cfg_set
 {
 
 // The stored text of `key`. A failed read is reported for the caller as
-// "param_get fail" and leaves `text` as it was.
+// "param_get fail" and leaves `text` unchanged.
 bool stored_text(const char *key, char *text, unsigned size, const char *function, int line);
 
 // Stores a text; a refusal is reported for the caller as "param_set fail".

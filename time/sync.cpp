@@ -6,8 +6,8 @@ using namespace cfg_set;
 
 constexpr size_t COMMAND_SIZE = 256;
 
-// Adds the server stored under `key`, as far as it fits, to the command line of
-// `length` characters. The length that the line needs now.
+// Appends the server stored under `key` to the command line of `length` characters,
+// cut to fit. Returns the length that the whole line needs.
 static size_t add_server(const char *key, char *command, size_t length)
 {
     char server[VALUE_SIZE] = "";

@@ -42,8 +42,8 @@ int cfg_set::lookup_tz_string(const char *name, char *out)
     return found;
 }
 
-// The TZ string of a bare offset. Its sign is POSIX's: what is added to local
-// time to give GMT, so zones east of Greenwich have a minus.
+// The TZ string of a bare offset. Its sign follows POSIX: it is what local time
+// needs to become GMT, so zones east of Greenwich have a minus.
 static void gmt_string(int offset_minutes, bool daylight_saving, char *out)
 {
     int hours = 0;

@@ -23,7 +23,7 @@ constexpr int MODE_OFF = 0;
 constexpr int MODE_EVENTS = 2; // the only mode that is told of events
 constexpr int MODE_ALONE = 3;  // neither started nor woken from here
 
-// The records as the receivers know them, behind a type of the platform's `long`.
+// The receivers' layout, after a type of the platform's `long`.
 struct signal_message {
     long mtype;
     uint32_t time; // seconds since the epoch
@@ -48,7 +48,7 @@ static_assert(offsetof(account_message, text) - ACCOUNT_BODY == 12, "text");
 static_assert(offsetof(account_message, reserved3) - ACCOUNT_BODY == 268, "reserved3");
 static_assert(sizeof(account_message) == ACCOUNT_BODY + ACCOUNT_SIZE, "the body is whole");
 
-// A message that does not fit the queue is lost, as is one without a queue.
+// A message is lost when it does not fit the queue or there is no queue.
 static void post(key_t key, const void *message, size_t size)
 {
     const int sent = msgsnd(msgget(key, IPC_CREAT | 0666), message, size, IPC_NOWAIT);
@@ -99,7 +99,7 @@ int smbu_exist(void)
     return strstr(text, "smbu") ? 1 : 0;
 }
 
-// Signals the daemon, which is started when it does not run.
+// Signals the daemon, and starts it first when it does not run.
 static void rouse(int code)
 {
     if (!smbu_exist())
@@ -151,7 +151,7 @@ static bool switched_on(int mode)
     return mode == 1 || mode == MODE_EVENTS;
 }
 
-// Tells the daemon of its new mode, or starts it for one that wants it.
+// Signals the daemon's new mode, or starts the daemon when the mode needs it.
 static void apply_mode(int mode, int old_mode)
 {
     if (smbu_exist()) {
@@ -232,7 +232,7 @@ int smbu_add_recovery_job(const char *path)
         return -1;
     char marker[128]; // a longer path is cut there
     format(marker, sizeof marker, "/mnt/sdcard/video/.smbu%s", name);
-    // Without a dot in what is left of the name this is the folder's own.
+    // If the cut name has no dot, this finds the dot of ".smbu".
     char *dot = strrchr(marker, '.');
     if (!format(dot, sizeof marker - (size_t)(dot - marker), ".rcy"))
         return -1;
