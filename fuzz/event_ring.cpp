@@ -4,31 +4,22 @@
 
 #include "events/storage.h"
 
+#include "target.h"
+
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <string>
 #include <sys/shm.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace cfg_set;
 
 static uint32_t now;
 
-static void require(bool condition)
-{
-    if (!condition)
-        abort();
-}
-
-extern "C" time_t time(time_t *)
-{
-    return now;
-}
+// clang-format off
+extern "C" time_t time(time_t *) { return now; }
+// clang-format on
 
 extern "C" int system(const char *line)
 {
@@ -71,24 +62,21 @@ static bool is_ring(const std::string &file)
     return true;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void try_input(const std::string &input)
 {
     constexpr size_t EDIT = 6, LONGEST = 5000;
-    if (size < EDIT)
-        return 0;
-    static const bool quiet = freopen("/dev/null", "w", stdout) != nullptr; // of reports
-    require(quiet);
+    if (input.size() < EDIT)
+        return;
     uint16_t length = 0, place = 0;
-    memcpy(&now, data, sizeof now);
-    memcpy(&length, data + sizeof now, sizeof length);
+    memcpy(&now, &input[0], sizeof now);
+    memcpy(&length, &input[sizeof now], sizeof length);
     std::string file(LONGEST, '\0');
-    for (size_t at = EDIT; at + EDIT <= size; at += EDIT) {
-        memcpy(&place, data + at, sizeof place);
-        memcpy(file.data() + place % (LONGEST / 4) * 4, data + at + sizeof place, 4);
+    for (size_t at = EDIT; at + EDIT <= input.size(); at += EDIT) {
+        memcpy(&place, &input[at], sizeof place);
+        memcpy(file.data() + place % (LONGEST / 4) * 4, &input[at + sizeof place], 4);
     }
     file.resize(length % (LONGEST + 1));
-    mkdir("/mnt/sdcard/video", 0755);
-    std::ofstream(EVENT_QUEUE_FILE, std::ios::binary) << file;
+    put(EVENT_QUEUE_FILE, file);
     shmctl(shmget(EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
 
     const bool good = is_ring(file);
@@ -108,5 +96,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     require(on_card() == in_memory());
     require(cfg_getEvent(std::max(count, 1U) - 1, &event) == 0);
     require(event.type == 3 && event.time == now);
-    return 0;
 }

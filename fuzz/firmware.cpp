@@ -3,34 +3,23 @@
 // of it is a version, too. Results are compared with plainer ways to get them.
 
 #include "cfg_set.h"
+#include "target.h"
 #include "tests/crc32_reference.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 
-constexpr size_t BOARD_ANSWER = 17;
+constexpr size_t ANSWER = 17;
 constexpr size_t HEADER = 64;
 
-static std::string board_answer;
+static std::string answer;
 
-extern "C" FILE *popen(const char *, const char *mode)
-{
-    return fmemopen(board_answer.data(), board_answer.size(), mode);
-}
-
-extern "C" int pclose(FILE *stream)
-{
-    return std::fclose(stream);
-}
-
-static void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+// clang-format off
+extern "C" FILE *popen(const char *, const char *) { return fmemopen(answer.data(), ANSWER, "r"); }
+extern "C" int pclose(FILE *stream) { return std::fclose(stream); }
+// clang-format on
 
 static uint32_t big_endian(const std::string &bytes, size_t offset)
 {
@@ -66,32 +55,29 @@ static std::string model(std::string board)
     return board.substr(0, board.find('h', 1));
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void try_input(const std::string &input)
 {
-    static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;
-    require(quiet);
-    const std::string input(reinterpret_cast<const char *>(data), size);
     require((cfg_isNewVersion(input.c_str()) == 0) == is_newer(input.c_str()));
-    if (size < BOARD_ANSWER + HEADER)
-        return 0;
-    board_answer = input.substr(0, BOARD_ANSWER);
-    std::string image = input.substr(BOARD_ANSWER);
+    if (input.size() < ANSWER + HEADER)
+        return;
+    answer = input.substr(0, ANSWER);
+    std::string image = input.substr(ANSWER);
     std::string header = image.substr(0, HEADER);
 
     const bool right_board = cfg_checkBoardId(header.data()) == 0;
     if (right_board)
-        require(model(board_answer.substr(0, 16)) == model(header.substr(32, 16)));
+        require(model(answer.substr(0, 16)) == model(header.substr(32, 16)));
 
     const bool whole_header = cfg_checkHeaderChecksum(header.data()) == 0;
     const uint32_t header_checksum = big_endian(header, 4);
     header.replace(4, 4, 4, '\0');
     require(whole_header == (crc_by_bits(header) == header_checksum));
 
-    const uint32_t skip = data[0] * 4U, limit = data[size - 1] * 9U;
+    const auto skip = static_cast<unsigned char>(input.front()) * 4U;
+    const auto limit = static_cast<unsigned char>(input.back()) * 9U;
     FILE *file = fmemopen(image.data(), image.size(), "r");
     require(cfg_getCrc32FromFile(file, skip, limit) == crc_by_bits(part(image, skip, limit)));
     const bool whole_image = crc_by_bits(part(image, HEADER, limit)) == big_endian(image, 24);
     require((cfg_checkFirmware(file, limit) == 0) == (right_board && whole_header && whole_image));
     std::fclose(file);
-    return 0;
 }

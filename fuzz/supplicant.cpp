@@ -2,13 +2,13 @@
 // hold the blocks that the key's length and form call for, with the SSID as given.
 
 #include "cfg_set.h"
+#include "target.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
-#include <string>
 #include <vector>
 
 // The lines of each kind of block that the key gives.
@@ -29,17 +29,16 @@ static std::vector<std::string> kinds(const std::string &key)
     return lines;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void try_input(const std::string &texts)
 {
-    std::istringstream input(std::string(data, data + size));
+    std::istringstream input(texts);
     std::string ssid, key, address;
     std::getline(std::getline(std::getline(input, ssid, '\0'), key, '\0'), address, '\0');
     std::string bssid = address.substr(0, 63);
     bssid.resize(64);
     const bool pinned = validate_bssid(bssid.data()) == 1;
     const std::string pin = std::string("\tbssid=") + bssid.substr(0, bssid.find('\0')) + "\n";
-    if (pinned && pin.size() != strlen("\tbssid=00:00:00:00:00:00\n"))
-        std::abort();
+    require(!pinned || pin.size() == strlen("\tbssid=00:00:00:00:00:00\n"));
 
     std::string expected;
     if (!ssid.empty() && (ssid + key).find('\n') == std::string::npos) {
@@ -52,8 +51,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     FILE *file = open_memstream(&written, &length);
     generate_config_block(file, 0, ssid.c_str(), key.c_str(), pinned ? bssid.data() : nullptr);
     std::fclose(file);
-    if (std::string(written, length) != expected)
-        std::abort();
+    require(std::string(written, length) == expected);
     std::free(written);
-    return 0;
 }

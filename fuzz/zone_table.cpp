@@ -3,14 +3,11 @@
 
 #include "time/zone.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+#include "target.h"
+
 #include <cstring>
 #include <optional>
-#include <string>
 #include <strings.h>
-#include <sys/stat.h>
 #include <vector>
 
 using namespace cfg_set;
@@ -33,24 +30,18 @@ static std::optional<std::string> expected(const std::string &name, const std::s
     return std::nullopt;
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void try_input(const std::string &input)
 {
-    const std::string input(reinterpret_cast<const char *>(data), size);
     const size_t feed = input.find('\n');
     if (feed == std::string::npos)
-        return 0;
+        return;
     std::string name = input.substr(0, std::min<size_t>(feed, 255));
     name.resize(strlen(name.c_str())); // the store keeps no NUL
     const std::string table = input.substr(feed + 1);
-    mkdir("/etc_ro", 0755);
-    FILE *file = std::fopen("/etc_ro/time_zone", "w");
-    std::fwrite(table.data(), 1, table.size(), file);
-    std::fclose(file);
+    put("/etc_ro/time_zone", table);
 
     std::vector<char> out(TZ_STRING_SIZE, '?');
     const int found = lookup_tz_string(name.c_str(), out.data());
     const auto row = expected(name, table);
-    if (found != (row ? 1 : 0) || (row && *row != out.data()) || (!row && out[0] != '?'))
-        std::abort();
-    return 0;
+    require(found == (row ? 1 : 0) && (row ? *row == out.data() : out[0] == '?'));
 }
