@@ -26,7 +26,7 @@ static std::map<int, key_t> semaphores;     // by their ids
 static key_t queue;                         // that was asked for last; nothing lies on it
 static bool in_row;
 
-static void record(const std::string &call)
+static void record(Text call)
 {
     if (before_call)
         before_call();
@@ -34,7 +34,7 @@ static void record(const std::string &call)
 }
 
 // A text in one line, with what cannot be seen.
-static std::string visible(const std::string &text)
+static std::string visible(Text text)
 {
     std::string line;
     for (const char c : text)
@@ -42,7 +42,7 @@ static std::string visible(const std::string &text)
     return line;
 }
 
-Calls put(const std::string &driver, const std::string &value)
+Calls put(Text driver, Text value)
 {
     const Calls written = value.empty() ? Calls() : Calls{"write " + value};
     return Calls{"fopen /proc/" + driver} + written + Calls{"fclose"};
@@ -59,9 +59,7 @@ static std::string described(const void *message, size_t size)
         memcpy(&value, &body[at], sizeof value);
         return value;
     };
-    const auto trimmed = [](const std::string &text) {
-        return text.substr(0, text.find_last_not_of('\0') + 1);
-    };
+    const auto trimmed = [](Text text) { return text.substr(0, text.find_last_not_of('\0') + 1); };
     if (queue == 5678 && size == 292) { // the daemons'
         const std::string param = trimmed(body.substr(4, 256));
         const std::string reserved = trimmed(body.substr(260, 8) + body.substr(272));
@@ -81,7 +79,7 @@ static std::string described(const void *message, size_t size)
 
 // One stream as rows have it: a mark before each line, reports of `function`
 // without their head.
-static std::string told(const std::string &text, const std::string &function, const char *mark)
+static std::string told(Text text, Text function, const char *mark)
 {
     std::string lines;
     std::istringstream stream(text);
@@ -110,7 +108,7 @@ static void reset(const Given &kept, const Row &row)
     statuses.clear();
 }
 
-static void give(const std::string &name, const std::string &value)
+static void give(Text name, Text value)
 {
     if (name[0] == '/' && name.back() == '/')
         std::filesystem::create_directories(name);
@@ -141,7 +139,7 @@ static void check_row(const Row &row)
     in_row = false;
 
     Calls made, reads;
-    for (const std::string &call : calls)
+    for (Text call : calls)
         call.rfind("get ", 0) == 0 ? reads.push_back(call.substr(4)) : made.push_back(call);
     for (; !pipes.empty(); pclose(pipes.begin()->first))
         made.push_back("left open " + pipes.begin()->second);
@@ -153,7 +151,7 @@ static void check_row(const Row &row)
         if (after.count(path) == 0)
             made.push_back("removed " + path);
 
-    const std::string &text = row.call.text;
+    Text text = row.call.text;
     const std::string function =
         row.call.function.empty() ? text.substr(0, text.find('(')) : row.call.function;
     const std::string out = told(outcome.out, function, "");
@@ -179,7 +177,7 @@ void check(const std::vector<Row> &rows)
 }
 
 // Whether the call fails, with errno set.
-static bool fails(const std::string &call)
+static bool fails(Text call)
 {
     const auto found = failing.find(call);
     if (found == failing.end() && refused.count(call) == 0)
@@ -189,7 +187,7 @@ static bool fails(const std::string &call)
 }
 
 // Records the call, that may be made to fail as `name`.
-static int result_of(const std::string &call, const std::string &name)
+static int result_of(Text call, Text name)
 {
     record(call);
     return fails(name) ? -1 : 0;

@@ -11,6 +11,7 @@
 namespace doubles
 {
 
+using Text = const std::string &;
 using Calls = std::vector<std::string>;
 inline Calls operator+(Calls first, const Calls &second)
 {
