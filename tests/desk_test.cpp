@@ -34,24 +34,16 @@ TEST_F(DeskTest, RecorderRecordsItsArgumentsAndBehavesAsItsScriptSays)
 TEST_F(DeskTest, ParamToolReadsAndChangesTheStore)
 {
     write_file("/etc_ro/param.default", "lang_name=en\n");
-    const struct {
-        std::vector<std::string> words;
-        int result;
-        std::string out;
-    } rows[] = {{{"get", "lang_name"}, 0, "en\n"},
-                {{"get", "absent"}, 1, ""},
-                {{"set", "a", "line 1\nline 2"}, 0, ""},
-                {{"list"}, 0, "a=line 1\\nline 2\nlang_name=en\n"},
-                {{"unset", "a"}, 0, ""},
-                {{"save"}, 0, ""},
-                {{"set", "a=b", "c"}, 3, ""},
-                {{"get"}, 2, ""}};
-    for (const auto &row : rows) {
-        std::vector<std::string> words = row.words;
-        words.insert(words.begin(), "param");
-        const Outcome outcome = run_program(words);
-        EXPECT_EQ(outcome.result, row.result) << words[1];
-        EXPECT_EQ(outcome.out, row.out) << words[1];
+    // clang-format off
+    const std::tuple<std::string, int, std::string> rows[] = {
+        {"get lang_name", 0, "en\n"}, {"get absent", 1, ""}, {"set a 'line 1\nline 2'", 0, ""},
+        {"list", 0, "a=line 1\\nline 2\nlang_name=en\n"}, {"unset a", 0, ""}, {"save", 0, ""},
+        {"set a=b c", 3, ""}, {"get", 2, ""}};
+    // clang-format on
+    for (const auto &[words, result, out] : rows) {
+        const Outcome outcome = run_program({"/bin/sh", "-c", "$EMULATOR /tests/param " + words});
+        EXPECT_EQ(outcome.result, result) << words;
+        EXPECT_EQ(outcome.out, out) << words;
     }
     EXPECT_EQ(logged(), "store set a=line 1\\nline 2\nstore unset a\nstore saved\n");
 }

@@ -99,9 +99,7 @@ TEST_F(EventProcessTest, KilledProcessesGiveBackTheLockAndLeaveWholeEvents)
     // A store of the emulated program is several of the emulator.
     const bool emulated = getenv("EMULATOR") != nullptr;
     std::minstd_rand random(1);
-    const auto worker = [&] {
-        return spawn([seed = static_cast<unsigned>(random())] { return work(seed); });
-    };
+    const auto worker = [&] { return spawn([seed = unsigned(random())] { return work(seed); }); };
     pid_t workers[] = {worker(), worker(), worker(), worker()};
     int broken = 0;
     for (int kills = sizeof(long) == 4 ? 50 : 1000; kills > 0; kills--) {
@@ -148,17 +146,14 @@ static std::set<std::string> left_behind(const EventQueue &before, const std::fu
         waitpid(child, nullptr, 0);
         return child;
     };
+    // What is none of these is damaged and has no name.
+    std::map<std::string, std::string> names = {
+        {bytes(before), "before"}, {bytes(after), "after"}, {"", "empty"}};
     const auto state = [&] {
-        EventQueue unused = *memory;
-        unused.slots[before.tail] = before.slots[before.tail]; // counts for nothing yet
-        const std::string card = read_file(EVENT_QUEUE_FILE);
-        return std::string(bytes(unused) == bytes(before)   ? "memory before, "
-                           : bytes(*memory) == bytes(after) ? "memory after, "
-                                                            : "memory damaged, ") +
-               (card.empty()            ? "card empty"
-                : card == bytes(before) ? "card before"
-                : card == bytes(after)  ? "card after"
-                                        : "card damaged");
+        EventQueue seen = *memory;
+        seen.slots[before.tail] = before.slots[before.tail]; // counts for nothing yet
+        seen = bytes(seen) == bytes(before) ? before : *memory;
+        return "memory " + names[bytes(seen)] + ", card " + names[read_file(EVENT_QUEUE_FILE)];
     };
     std::set<std::string> states;
     const pid_t stepped = start();

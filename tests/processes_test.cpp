@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <sys/statvfs.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -17,9 +18,8 @@ using testing::HasSubstr;
 
 static std::string link_target(const char *path)
 {
-    char target[64] = "";
-    const ssize_t length = readlink(path, target, sizeof target - 1);
-    return length > 0 ? target : "";
+    std::error_code none;
+    return std::filesystem::read_symlink(path, none);
 }
 
 // Whether no process but this root's own can be seen or signalled from here.
