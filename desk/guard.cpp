@@ -1,6 +1,6 @@
 // Linked into every program built for the desk. The library's command lines are
-// real (killall, rm -rf, SIGTERM to every process), so outside a camera root such
-// a program ends before main.
+// real (killall, rm -rf, SIGTERM to every process), so such a program ends before
+// main unless it runs in a camera root.
 
 #include <cstring>
 #include <unistd.h>

@@ -1,12 +1,12 @@
-// What stands between this machine and a camera.
-// leash -k DIGITS COMMAND...: becomes COMMAND, which makes a camera root, with
-//   no descriptor of the caller but 0 to 2 and DIGITS, and without its keys.
-// leash [-j PID:NAMESPACE] [-t] COMMAND...: runs COMMAND as the camera's root,
-//   -j in the camera whose process 1 is PID and whose PID namespace that is.
-//   COMMAND has no terminal to type into, and ends with the process outside that
-//   started it, its process group with it; -t: a terminal of its own does that.
-// Linked statically and started from outside the camera: until it has given up
-// its capabilities it reads nothing that the camera could have written.
+// Separates a camera from this machine.
+// leash -k DIGITS COMMAND...: executes COMMAND, which makes a camera root, without
+//   the caller's keys and descriptors, except 0 to 2 and DIGITS.
+// leash [-j PID:NAMESPACE] [-t] COMMAND...: runs COMMAND as the camera's root, with
+//   -j in the camera that has process 1 PID and PID namespace NAMESPACE. COMMAND
+//   cannot type into the terminal. It ends, with its process group, when the process
+//   outside that started it ends; -t leaves both to COMMAND's own terminal.
+// Linked statically and started from outside the camera. It reads nothing that the
+// camera could have written until it has dropped its capabilities.
 
 #include <cerrno>
 #include <csignal>
@@ -41,7 +41,7 @@ static void leave_the_callers(const char *kept)
             close(descriptor);
     if (close_range(10, ~0U, 0) != 0)
         fail("cannot close descriptors");
-    // Where there are no keys, or none may be used, there are none to leave.
+    // Without keys, or the right to use them, there are none to leave.
     if (syscall(SYS_keyctl, KEYCTL_JOIN_SESSION_KEYRING, nullptr) < 0 && errno != ENOSYS &&
         errno != EPERM)
         fail("cannot leave the session's keys");
@@ -53,8 +53,8 @@ static void enter(int space)
         fail("cannot join the camera");
 }
 
-// A camera has two user namespaces: the one that owns the others, and below it
-// that of its processes, which therefore owns none.
+// A camera has two user namespaces: the outer one owns the other namespaces; the
+// inner one is that of its processes and owns none.
 static void join(const char *camera)
 {
     const std::string folder = "/proc/" + std::string(camera, std::strcspn(camera, ":")) + "/ns";
@@ -70,7 +70,7 @@ static void join(const char *camera)
     if (fstat(others[3], &pids) != 0 || fstat(users, &own_users) != 0 ||
         fstat(owner, &owning_users) != 0)
         fail("cannot join the camera");
-    // Its number may be another process's by now.
+    // Another process may have its number by now.
     if (std::to_string(pids.st_ino) != camera + std::strcspn(camera, ":") + 1) {
         errno = ESRCH;
         fail("cannot join the camera");
@@ -137,7 +137,7 @@ static int lead(char **command)
 static int lead_on_terminal(char **command)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // A shell goes back to the group that it found in front.
+    // A shell restores the foreground group that it found.
     setpgid(0, 0);
     std::signal(SIGTTOU, SIG_IGN);
     tcsetpgrp(STDIN_FILENO, getpid());
@@ -145,8 +145,8 @@ static int lead_on_terminal(char **command)
     return become(command);
 }
 
-// The status of the leader, whose group ends with it when it does not end by
-// itself: the camera can kill it.
+// The status of the leader. Its group ends with it if the leader was killed, which
+// the camera can do.
 static int watch(pid_t leader)
 {
     siginfo_t info{};

@@ -90,7 +90,7 @@ void log(std::string_view kind, std::string_view text)
     std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%06d ", utc.tm_hour, utc.tm_min, utc.tm_sec,
                   static_cast<int>(now.tv_nsec / 1000));
 
-    // Whatever is in its place: nothing waits for a reader.
+    // Does not block, even if the log is a pipe without a reader.
     const int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK;
     const int file = open(LOG_FILE, flags, 0644);
     if (file < 0)

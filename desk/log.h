@@ -1,4 +1,4 @@
-// The camera's log: what happened in it, one line an event, in order.
+// The camera's log: one line per event, in order.
 #pragma once
 
 #include <string>
@@ -8,21 +8,21 @@ namespace desk
 {
 
 // Appends "HH:MM:SS.uuuuuu KIND TEXT" in one write, so that lines of several
-// processes never mix. Control characters of `text` are escaped. A log that
-// cannot be written is no failure of what is logged.
+// processes never mix. Escapes control characters in `text`. Ignores a failure to
+// write the log.
 void log(std::string_view kind, std::string_view text);
 
-// Whether the log is to have more than what was run, stored and told: while
-// there is a file /etc/desk/trace.
+// Whether the camera is traced: the file /etc/desk/trace exists. The log then has
+// more than commands, stored values and messages.
 bool traced();
 
-// What a line about something that lasted ends with: " (WHAT 1.234 ms)", or
-// " (exit STATUS, 1.234 ms)", since a time that seconds() gave.
+// The end of a line about something that took time: " (WHAT 1.234 ms)" or
+// " (exit STATUS, 1.234 ms)", counted from a result of seconds().
 std::string lasted(const std::string &what, double since);
 std::string ended(int status, double since);
 double seconds();
 
-// `word` as a shell would have to be given it, always on one line.
+// `word` quoted for a shell, always on one line.
 std::string quoted(std::string_view word);
 
 // `text` with backslashes and control characters escaped as in C.

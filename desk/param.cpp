@@ -1,5 +1,5 @@
-// param: the parameter store's shell tool. The firmware's own scripts read
-// settings with it ("param get KEY").
+// param: the parameter store's shell tool. The firmware's scripts read settings
+// with it ("param get KEY").
 
 #include "desk/log.h"
 #include "desk/param_store.h"

@@ -18,7 +18,7 @@ namespace
 {
 
 // The writers' lock, held for the lifetime of the object. The kernel releases it
-// when its holder dies.
+// when the holder dies.
 class Lock
 {
   public:
@@ -93,8 +93,8 @@ Settings parse(std::string_view text)
     return settings;
 }
 
-// The file's text; none when it cannot be read. `absent` tells whether the file
-// does not exist: only then may an older file be used instead.
+// The file's text; none when it cannot be read. `absent` is set if the file does not
+// exist; only then may an older file be used instead.
 std::optional<std::string> read_file(const char *path, bool &absent)
 {
     FILE *file = std::fopen(path, "re");
@@ -124,8 +124,8 @@ bool sync_folder(const std::string &path)
     return synced;
 }
 
-// Replaces `path` with a complete new file. After a full disk or a power cut, and
-// for every reader, it is either the old file or the new one.
+// Replaces `path` with a complete new file. Readers see either the old or the new
+// file, even after a full disk or a power cut.
 bool replace_file(const std::string &path, const std::string &text)
 {
     const std::string temporary = path + ".new";
@@ -146,7 +146,7 @@ bool replace_file(const std::string &path, const std::string &text)
     return sync_folder(path);
 }
 
-// Call with the lock held. The working copy, made from the saved one on first use.
+// The working copy, made from the saved one on first use. Call with the lock held.
 std::optional<std::string> working_copy()
 {
     bool absent = false;

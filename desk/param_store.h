@@ -1,13 +1,13 @@
-// The desk camera's parameter store: one text file of the settings, a line a
-// setting, "key=value", with backslash, line feed and carriage return of a
-// value written as \\, \n and \r.
+// The desk camera's parameter store: a text file with one line "key=value"
+// per setting. Backslash, line feed and carriage return in a value are written as
+// \\, \n and \r.
 //
 // The working copy is in RAM, where every process of the camera sees a change at
 // once; the saved copy is in flash. The first use after a start makes the working
-// copy from the saved one, or from the firmware's defaults when nothing was ever
-// saved. Writers hold a file lock. Readers need none, because a copy is only ever
-// replaced whole. A value that the reader's buffer cannot hold is cut or, if there
-// is the file STORE_REFUSES, refused.
+// copy from the saved one, or from the firmware's defaults if there is none.
+// Writers hold a file lock. Readers need none, because writers replace the whole
+// file. A value that is too long for the reader's buffer is cut or, if the file
+// STORE_REFUSES exists, rejected.
 #pragma once
 
 #include <map>

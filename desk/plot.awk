@@ -1,10 +1,9 @@
-# plot.awk [--trace] [WORD...], the log on standard input: what the camera did
-# since its last boot, as an SVG, a panel for each thing that it did and a row
-# for each event; or as trace-event JSON. With WORDs only panels whose title
-# begins with one.
+# plot.awk [--trace] [WORD...]: draws the log on standard input since the last boot
+# as an SVG with a panel for each boot or command and a row for each event, or
+# prints it as trace-event JSON. With WORDs, only panels whose titles begin with one.
 
 BEGIN {
-    # Kinds of lines, what their rows begin with, colours, and names in the legend.
+    # Kinds of lines, the first words of their rows, colours, and names in the legend.
     kind("boot", "", "#c8d1da", "")
     kind("call", "", "#c8d1da", "cfgctl")
     kind("run", "", "#58a6e8", "tool")
@@ -37,8 +36,8 @@ function add(of_kind, text, start, end, open) {
     kinds_of[n] = of_kind; texts[n] = text; from[n] = start; to[n] = end; goes_on[n] = open
 }
 
-# One line of the log: times are seconds since midnight before the boot. A text
-# that ends with "(WHAT 1.234 ms)" is of something that lasted.
+# Reads a line of the log. Times are seconds since midnight before the boot. A text
+# that ends with "(WHAT 1.234 ms)" has a duration.
 {
     gsub(/[^ -~]/, "?")
     split($1, clock, ":")
@@ -68,7 +67,7 @@ function add(of_kind, text, start, end, open) {
     } else if ($2 in begins) add($2, text, lasted < 0 ? time : time - lasted, time, 0)
 }
 
-# A shell line that is one tool is that tool.
+# A shell line that only runs one tool is drawn as that tool.
 function merge_shells(  run, shell) {
     for (run = 1; run <= n; run++)
         for (shell = run > 5 ? run - 5 : 1; kinds_of[run] == "run" && shell <= n && from[shell] < to[run] + 1; shell++)
@@ -80,7 +79,7 @@ function merge_shells(  run, shell) {
             }
 }
 
-# by_time[1..shown]: the events in the order of their beginnings, the longer first.
+# by_time[1..shown]: the events in the order of their starts, longer ones first.
 function sort(  i, j, k) {
     for (i = 1; i <= n; i++) {
         if (kinds_of[i] == "") continue
@@ -93,8 +92,8 @@ function sort(  i, j, k) {
     }
 }
 
-# A command or tool that does what an earlier one did is drawn once, with how
-# often. What daemons took meanwhile does not count, and is drawn the first time.
+# A command or tool that repeats an earlier one is drawn once, with a count. The
+# messages that daemons took meanwhile are drawn the first time only.
 function fold(  i, j, e, first, last, same, latest) {
     for (i = 1; i <= shown; i = last + 1) {
         first = by_time[i]
@@ -162,7 +161,7 @@ function panel(first, end,  i, e, start, span, scale, step, tick, x, y, w, text,
                 w < 1.5 ? 1.5 : w, ROW - 4, colours[kinds_of[e]], goes_on[e] ? " opacity='.4'" : ""))
         else
             out(sprintf("<circle cx='%.1f' cy='%g' r='4' fill='%s'/>", x, y + ROW / 2, colours[kinds_of[e]]))
-        # Inside the bar, else on the side that has room, cut where none has.
+        # Inside the bar, else on the side with room, else cut.
         text = label(e)
         len = length(text) * LETTER
         right = WIDTH - MARGIN - x - w - GAP
@@ -177,7 +176,7 @@ function panel(first, end,  i, e, start, span, scale, step, tick, x, y, w, text,
     top = y + 14
 }
 
-# Bars that overlap without one holding the other get lanes of their own.
+# Bars that overlap, but are not nested, get separate lanes.
 function events(first, end,  i, e, lane, mark, text) {
     for (i = first; i <= end; i++) {
         e = by_time[i]
@@ -195,7 +194,7 @@ function events(first, end,  i, e, lane, mark, text) {
     }
 }
 
-# In a string of JSON. What gsub makes of backslashes depends on the awk.
+# Escapes for a JSON string without gsub, whose backslashes depend on the awk.
 function escaped(text, letter,  rest) {
     for (rest = ""; index(text, letter); text = substr(text, index(text, letter) + 1))
         rest = rest substr(text, 1, index(text, letter) - 1) "\\" letter
@@ -215,7 +214,7 @@ END {
     sort()
     if (!trace) fold()
     top = 30
-    # A boot, or a command and what it led to, makes a panel.
+    # A panel is a boot, or a command and its effects.
     for (first = 1; first <= shown; first = next_one) {
         latest = to[by_time[first]]
         for (next_one = first + 1; next_one <= shown; next_one++) {

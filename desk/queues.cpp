@@ -16,7 +16,7 @@ std::string decoded(key_t queue, const QueueRecord &record, size_t length)
     if (queue == ACCOUNT_QUEUE) {
         uint16_t code = 0;
         std::memcpy(&code, record.body, sizeof code);
-        const char *text = record.body + 12; // behind the reserved bytes
+        const char *text = record.body + 12; // after the reserved bytes
         return "account code=" + std::to_string(code) + " " + quoted({text, strnlen(text, 256)});
     }
     daemon_message message = {};

@@ -1,6 +1,6 @@
-// The queue side of the desk camera's detection and recording daemons: they take
-// the messages of their types, decode and log them. They pause while
-// /var/run/monitor.pid names a live process.
+// Stand-ins for the detection and recording daemons: they take the messages of
+// their types, decode and log them. They pause while /var/run/monitor.pid names a
+// live process.
 
 #include "desk/log.h"
 #include "desk/queues.h"

@@ -1,7 +1,7 @@
-// Installed on PATH under the name of every tool that the firmware runs. It logs
-// its argument list and runs the script /etc/desk/NAME; without a script it prints
-// nothing and succeeds. When the camera is traced it also logs its end. Scripts
-// call it as "recorder KIND TEXT" to add a line to the log.
+// Installed on PATH under the names of the firmware's tools. It logs its arguments
+// and runs the script /etc/desk/NAME; without a script it prints nothing and
+// succeeds. While the camera is traced, it also logs its end. Scripts add a line to
+// the log with "recorder KIND TEXT".
 
 #include "desk/log.h"
 

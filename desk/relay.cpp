@@ -1,6 +1,6 @@
 // The relay client of the desk camera: decodes each record and appends it to the
-// camera's log. If the file /etc/desk/relay.down exists, every call fails, as when
-// the relay client does not run.
+// camera's log. If the file /etc/desk/relay.down exists, every call fails, as if
+// the relay client did not run.
 
 #include "desk/log.h"
 #include "platform/relay_ipc.h"

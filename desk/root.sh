@@ -1,24 +1,22 @@
 # shellcheck shell=bash
 # Sourced by desk/camera, tests/in-root and scripts/arm-machine.
 
-# A camera's folders: what the firmware only reads, where it writes in RAM, and
-# what else it finds.
+# A camera's folders: those the firmware only reads, those in RAM, and the others.
 # shellcheck disable=SC2034
 camera_read_only=(/audio /etc_ro /localization)
 camera_written=(/etc /proc /tmp /var)
 camera_found=(/flash /mnt/sdcard /var/run /var/log)
 
 # camera_root BUILT [DIGITS]: sets `rooted` to the command line of a camera root
-# that holds the tools in BUILT/bin and BUILT/sbin and otherwise empty folders;
-# --remount-ro / as its last option leaves only camera_written to write. Of the
-# caller's descriptors it has 0 to 2 and DIGITS. Processes, IPC objects, network
-# and files in it are its own; /proc is a plain folder, so that the drivers' files
-# can be real files there. Its root is whoever starts it, in a user namespace of
-# its own: it reads and writes its files whatever their mode, and may do nothing
-# else to the machine.
+# that has the tools in BUILT/bin and BUILT/sbin; its other folders are empty. With
+# --remount-ro / as the last option, only camera_written is writable. It inherits
+# the descriptors 0 to 2 and DIGITS. It has its own processes, IPC objects, network
+# and files; /proc is a plain folder, so the drivers' files can be real files there.
+# Its root is the starting user in a new user namespace: it can read and write its
+# files whatever their mode, and has no other rights on the machine.
 camera_root() {
     rooted=("$1/sbin/leash" -k "${2:-}" bwrap --unshare-user --uid 0 --gid 0)
-    # Older ones have not.
+    # Older versions lack the option.
     [[ $(bwrap --help 2>&1) != *--disable-userns* ]] || rooted+=(--disable-userns)
     rooted+=(--cap-drop ALL --cap-add CAP_DAC_OVERRIDE
         --unshare-ipc --unshare-pid --unshare-net --unshare-uts --unshare-cgroup-try
@@ -33,7 +31,7 @@ camera_root() {
         rooted+=(--dir "$folder")
     done
     [ ! -d /usr/lib64 ] || rooted+=(--ro-bind /usr/lib64 /usr/lib64 --symlink usr/lib64 /lib64)
-    # The firmware carries the zone files of the world.
+    # The firmware has the zone files of the world.
     [ ! -d /usr/share/zoneinfo ] ||
         rooted+=(--ro-bind /usr/share/zoneinfo /usr/share/zoneinfo)
 }

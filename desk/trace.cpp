@@ -1,7 +1,7 @@
-// Linked into cfgctl for the desk: while the camera is traced, the log also has
-// when cfgctl began and ended, its shell lines and pauses, the locks it waited
-// for and held, the messages it posted, and the files it opened for writing. The
-// linker puts these functions before the C library's (--wrap).
+// Linked into cfgctl for the desk. While the camera is traced, it logs cfgctl's
+// start and end, its shell lines and pauses, the locks it waited for and held, the
+// messages it posted, and the files it opened for writing. The linker redirects
+// the C library calls to these functions (--wrap).
 
 #include "desk/log.h"
 #include "desk/queues.h"
@@ -18,7 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-static const std::string *called; // null when nothing is to be logged
+static const std::string *called; // null when nothing is logged
 static double began;
 static double locked;
 
@@ -46,7 +46,7 @@ __attribute__((constructor)) static void begin(int argc, char **argv)
 
 static void opened_for_writing(const char *path)
 {
-    // The store and the log speak for themselves.
+    // The store and the log need no extra lines.
     for (const std::string_view own : {"/var/log/", "/var/run/param", "/flash/param", "/dev/"})
         if (std::string_view(path).substr(0, own.size()) == own)
             return;
@@ -61,7 +61,7 @@ static std::string lock_name(int id)
     return key == 0xDEF1 ? "privacy" : key == 0xDEF ? "Wi-Fi" : "event queue";
 }
 
-// On 32-bit machines the calls for large files have names of their own.
+// On 32-bit machines the calls for large files and 64-bit times have other names.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 #define WRAP_FOPEN(name)                                                                           \
     FILE *__real_##name(const char *, const char *);                                               \

@@ -22,8 +22,8 @@ static bool put_text(const std::string &path, const std::string &text)
     return std::fclose(file) == 0 && good;
 }
 
-// Logs signals, each after the account records that were sent before it, until a
-// stop signal.
+// Logs signals until a stop signal. Logs account records before the signals that
+// were sent after them.
 static void serve()
 {
     long signal = 0;

@@ -1,7 +1,7 @@
 /*
- * A platform library to begin a port with: a parameter store in a file, and a
- * relay that takes everything and tells nobody. Copy it, then put the firmware's
- * own in its place, function by function.
+ * A platform library to start a port with: a parameter store in a file, and a
+ * relay that drops everything. Copy it, then replace it with the firmware's own,
+ * function by function.
  */
 #include <cfg_set/platform/param_store.h>
 #include <cfg_set/platform/relay_ipc.h>
@@ -13,9 +13,9 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#define SAVED "/etc/cfg_set.store" /* what a restart brings back */
+#define SAVED "/etc/cfg_set.store" /* the settings after a restart */
 #define WORKING                                                                                    \
-    "/var/run/cfg_set.store" /* what is in force; in RAM, there from the first change on */
+    "/var/run/cfg_set.store" /* the current settings, in RAM; exists after the first change */
 #define LOCK "/var/run/cfg_set.lock"
 #define LINE_SIZE 1024 /* bytes of a stored line, "KEY=VALUE\n", and its NUL */
 
@@ -31,7 +31,7 @@ static char *value_of(const char *key, char *line)
     return strncmp(line, key, length) == 0 && line[length] == '=' ? line + length + 1 : NULL;
 }
 
-/* The lines of `from` but for the key's, then the new one, if any. */
+/* Writes the lines of `from` except the key's, then the new one, if any. */
 static int write_lines(FILE *to, const char *from, const char *key, const char *text)
 {
     char line[LINE_SIZE];
@@ -46,7 +46,7 @@ static int write_lines(FILE *to, const char *from, const char *key, const char *
     return fflush(to) == 0 && !ferror(to) && fsync(fileno(to)) == 0;
 }
 
-/* Puts the changed lines of `from` in the place of `to`, whole or not at all. */
+/* Replaces `to` with the changed lines of `from`, completely or not at all. */
 static int rewrite(const char *from, const char *to, const char *key, const char *text)
 {
     char made[64];
@@ -59,7 +59,7 @@ static int rewrite(const char *from, const char *to, const char *key, const char
     return fclose(file) == 0 && whole && rename(made, to) == 0 ? 0 : -1;
 }
 
-/* One change at a time, over all processes. Readers see the file before or after it. */
+/* One change at a time across all processes. Readers see the old or the new file. */
 static int change(const char *key, const char *text)
 {
     const int lock = open(LOCK, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
@@ -84,7 +84,7 @@ int param_get(const char *key, char *buffer, unsigned int size)
     if (!value)
         return -1;
     line[strcspn(line, "\n")] = '\0';
-    snprintf(buffer, size, "%s", value); /* one that is too long is cut */
+    snprintf(buffer, size, "%s", value); /* cuts a longer one */
     return 0;
 }
 

@@ -1,5 +1,5 @@
-// cfgctl: the library's functions on the command line. This header is what
-// its verbs share; main.cpp reads the words, table.h says what they mean.
+// cfgctl: the library's functions on the command line. This header declares what
+// its verbs share; main.cpp reads the words, table.h defines them.
 #pragma once
 
 #include "help.h"
@@ -16,29 +16,29 @@ enum Exit { OK = 0, NOT_FOUND = 1, USAGE = 2, STORE_FAILED = 3, APPLY_FAILED = 4
 
 using Json = nlohmann::ordered_json;
 
-// The whole text as a decimal number; as that or the minutes of HH:MM.
+// The whole text as a decimal number; minutes() also takes HH:MM.
 std::optional<int64_t> number(const std::string &text);
 std::optional<int64_t> minutes(const std::string &text);
 
-// The number as JSON, null when the text is none.
+// The number as JSON, null when the text is not a number.
 Json number_or_null(const std::string &text);
 
-// The text as it is, or for a terminal its control characters as \xHH.
+// The text; on a terminal, with control characters as \xHH.
 std::string visible(const std::string &text);
 
-// One call as the command line gave it, and what it leaves to be printed.
+// One call from the command line, and its results to print.
 struct Call {
     const Action *action = nullptr;
     std::vector<std::string> words;         // checked
-    unsigned options = 0;                   // those given
-    std::map<unsigned, std::string> values; // of options that take one, checked
+    unsigned options = 0;                   // the given ones
+    std::map<unsigned, std::string> values; // of options, checked
 
     Exit status = OK;
-    Json data;                       // the answer; null when something was done instead
-    std::optional<std::string> text; // the answer for people, when it is not the data as a table
-    std::vector<std::string> fields; // of data that is an array, as columns
+    Json data;                       // the answer; null for an action
+    std::optional<std::string> text; // the answer as text, unless it is the data as a table
+    std::vector<std::string> fields; // columns, if data is an array
     bool printed = false;            // by the verb itself
-    Json done = Json::object();      // what --json says of what was done, beside the words
+    Json done = Json::object();      // of an action: more members for --json
 
     [[nodiscard]] bool has(unsigned option) const
     {
@@ -55,7 +55,7 @@ struct Call {
     }
 };
 
-// What ends a verb without success.
+// Ends a verb without success.
 struct Failure : std::runtime_error {
     Failure(Exit with, const std::string &text) : std::runtime_error(text), status(with) {}
     Exit status;
@@ -66,26 +66,25 @@ struct Failure : std::runtime_error {
 // "cfgctl: TEXT" on standard error.
 void complain(const std::string &text);
 
-// Data goes here and nowhere else: the caller's standard output. While a verb
-// runs, what the library and its commands print there goes to standard error.
-// False when it cannot be handed on.
+// Prints data, on the caller's standard output. What the library and its commands
+// print goes to standard error instead. False when the write fails.
 bool print(const std::string &text);
 
-// In one line or, with an indent, several; what is no UTF-8 becomes U+FFFD.
+// On one line or, with an indent, several. Invalid UTF-8 becomes U+FFFD.
 std::string text_of(const Json &json, int indent = -1);
 
-// The members of an object, a line each; or the fields of an array's objects,
-// with headings. A field that they do not have numbers the rows.
+// The members of an object, one per line; or the fields of an array's objects,
+// with headings. A field that the objects lack shows the row's number.
 std::string table(const Json &json, const std::vector<std::string> &fields = {});
 
-// "; did you mean WORD?", or nothing when no known word is like it.
+// "; did you mean WORD?", or nothing when no known word is similar.
 std::string nearest(const std::string &word, const std::vector<std::string> &known);
 
 const Action *find_action(const std::string &verb, const std::string &name);
 const Setting *find_setting(const std::string &key);
 
-// What is wrong with the text, behind the word's name; empty when it is what the
-// word takes. Whatever is stored or was is judged by this.
+// What is wrong with the text, to print after the word's name; empty when it is
+// valid. New and stored values are both judged by this.
 std::string fault_of(const Word &word, const std::string &text);
 
 // Ends with USAGE when there is a fault.
@@ -93,24 +92,24 @@ void check(const Word &word, const std::string &text);
 
 std::string lower(std::string text);
 
-// What stands before, between and behind the separators, but for an empty end.
+// The parts between the separators, without an empty last one.
 std::vector<std::string> split(const std::string &text, char separator);
 
-// All that can still be read of a file.
+// The unread rest of a file.
 std::string rest_of(FILE *file);
 
 bool is_secret(const Word &word);
 
-// What stands for a secret that is not shown.
+// Printed in place of a secret.
 constexpr const char *HIDDEN = "***";
 
-// The next line of standard input, which has to be there.
+// The next line of standard input. Ends with USAGE when there is none.
 std::string line_of_input();
 
 // The first line of a file, empty when it cannot be read.
 std::string first_line(const std::string &path);
 
-// A stored value, whole.
+// The whole stored value.
 std::optional<std::string> stored(const std::string &key);
 
 // Ends with STORE_FAILED unless the value is stored.
@@ -122,8 +121,8 @@ constexpr int QUEUE_KEY = 5678;
 // Ends with APPLY_FAILED when the daemons' queue has no room for the messages.
 void require_room(unsigned messages);
 
-// The steps of set: stores, and applies unless the call says otherwise.
-// "applied" when that was seen, "called" when the setter ran, "stored".
+// Stores and, unless the call has NO_APPLY, applies, as set does. Returns "applied"
+// when the driver shows the value, "called" when the setter ran, else "stored".
 const char *change(const Call &call, const std::string &key, const std::string &value);
 
 } // namespace cfgctl

@@ -1,5 +1,5 @@
-// check: what is missing here? Looks and changes nothing: no write, nothing made,
-// no command but "board", no lock taken.
+// check: what is missing or wrong? It changes nothing: it writes and creates
+// nothing, takes no lock and runs no command except "board".
 
 #include "cfgctl.h"
 #include "parts.h"
@@ -29,11 +29,11 @@ namespace
 constexpr const char *CARD = "/mnt/sdcard";
 constexpr uint64_t LEAST_ROOM = 1 << 20;       // bytes of the card
 constexpr size_t MESSAGE_SIZE = 292;           // of a daemon message
-constexpr useconds_t LOCK_HOLD = 200 * 1000;   // longer than a lock may be on its way
+constexpr useconds_t LOCK_HOLD = 200 * 1000;   // locks are held for less
 constexpr uint32_t LAST_TYPE = 4;              // of an event
-constexpr uint32_t CLOCK_IS_SET = 1390000000U; // as the library judges
+constexpr uint32_t CLOCK_IS_SET = 1390000000U; // the library's limit
 
-// A line of the answer. What is well has nothing to be done.
+// A line of the answer. `to_do` is empty when nothing is wrong.
 void enter(Call &call, const std::string &item, const std::string &state,
            const std::string &to_do = "")
 {
@@ -89,7 +89,7 @@ void check_viewers(Call &call)
             fits(field[0], sizeof entry.name) && fits(field[1], sizeof entry.passcode) &&
             fits(field[2], sizeof entry.credential) && fits(field[3], sizeof entry.once);
         if (!value.empty() && ended)
-            enter(call, key, "stands behind an empty slot", "cfgctl unset " + key);
+            enter(call, key, "comes after an empty slot", "cfgctl unset " + key);
         else if (!value.empty() && !good)
             enter(call, key, "cannot be read back", "cfgctl unset " + key + ", viewer add");
         ended = value.empty();
@@ -120,14 +120,14 @@ void check_board(Call &call)
     for (const auto &[name, index] : QUERIES) {
         char text[256] = "";
         const bool told = cfg_getBoardInfo(index, text, sizeof text) == 0 && *text;
-        enter(call, name, told ? text : "not told",
-              told ? "" : "let 'board " + std::string(name) + "' print a line");
+        enter(call, name, told ? text : "not reported",
+              told ? "" : "make 'board " + std::string(name) + "' print a line");
         if (index == BOARD_INFO_BOARDID)
             std::memcpy(header + 32, text, 16);
     }
     const bool accepted = cfg_checkBoardId(header) == 0;
     enter(call, "image mask", accepted ? "an image for this board passes" : "no image can pass",
-          accepted ? "" : "give the board an id of the known form");
+          accepted ? "" : "give the board a valid id");
     std::string names;
     for (const auto &[has, name] : {std::pair(cfg_is_slip_ring_model(), "slip ring"),
                                     {cfg_check_eth_support_by_hwver(), "Ethernet"},
@@ -170,7 +170,7 @@ void check_drivers(Call &call)
                   : there ? "no access"
                           : "missing",
                   good    ? ""
-                  : there ? "give it the rights"
+                  : there ? "change its mode"
                           : "load the driver: needed for " + std::string(part.purpose));
         }
 }
@@ -187,8 +187,8 @@ void check_zone(Call &call)
           zones.empty() ? "install the zone table" : "");
     if (zone.empty())
         return enter(call, "time_zone_str", "not stored");
-    enter(call, "time_zone_str", zone + (listed ? "" : ", which the table does not have"),
-          listed ? "" : "cfgctl set time_zone_str to a zone of the table");
+    enter(call, "time_zone_str", zone + (listed ? "" : ", which is not in the table"),
+          listed ? "" : "set time_zone_str to a zone of the table");
     const std::string file = "/usr/share/zoneinfo/" + zone;
     enter(call, file, may(file, R_OK) ? "there" : "missing",
           may(file, R_OK) ? "" : "install the zone file");
@@ -200,7 +200,7 @@ void check_sounds(Call &call)
         const std::string path = stored(key).value_or("");
         if (!path.empty())
             enter(call, key, may(path, R_OK) ? path : path + " is missing",
-                  may(path, R_OK) ? "" : "cfgctl sound chooses another");
+                  may(path, R_OK) ? "" : "choose another with cfgctl sound");
     }
     const std::string language = stored("lang_name").value_or("");
     const std::string folder = "/localization/" + language;
@@ -218,9 +218,9 @@ void check_card(Call &call)
     const uint64_t room =
         statvfs(CARD, &state) == 0 ? uint64_t{state.f_bavail} * state.f_frsize : 0;
     enter(call, CARD, mounted ? "mounted" : "not mounted", mounted ? "" : "mount the card");
-    enter(call, "rights of the card", may(CARD, W_OK) ? "writable" : "not writable",
-          may(CARD, W_OK) ? "" : "check the card, mount it for writing");
-    enter(call, "room on the card", std::to_string(room >> 20) + " MB",
+    enter(call, "access to the card", may(CARD, W_OK) ? "writable" : "not writable",
+          may(CARD, W_OK) ? "" : "check the card and mount it for writing");
+    enter(call, "space on the card", std::to_string(room >> 20) + " MB",
           room < LEAST_ROOM ? "delete recordings" : "");
 }
 
@@ -237,10 +237,10 @@ std::string ring_fault(const cfg_set::EventQueue &ring)
     if (std::max(ring.head, ring.tail) >= EVENT_QUEUE_SIZE || ring.count > EVENT_QUEUE_SIZE ||
         cfg_set::slot_of(ring.head + ring.count) != ring.tail)
         return "head " + std::to_string(ring.head) + ", tail " + std::to_string(ring.tail) +
-               " and count " + std::to_string(ring.count) + " do not fit";
+               " and count " + std::to_string(ring.count) + " do not match";
     if (future > 0)
         return std::to_string(future) + " events from the future";
-    return unknown > 0 ? std::to_string(unknown) + " events of no known type" : "";
+    return unknown > 0 ? std::to_string(unknown) + " events of unknown type" : "";
 }
 
 void check_copies(Call &call)
@@ -255,7 +255,7 @@ void check_copies(Call &call)
         enter(call, EVENT_QUEUE_FILE, "not made yet");
     else
         enter(call, EVENT_QUEUE_FILE, wrong.empty() ? "good" : wrong,
-              wrong.empty() ? "" : "a restart deletes it; cfgctl events dump tells more");
+              wrong.empty() ? "" : "a restart deletes it; see cfgctl events dump");
 
     FILE *image = std::fopen("/mnt/sdcard/upgrade/upgrade.bin", "re");
     const bool version = may("/mnt/sdcard/upgrade/upgrade.dat", R_OK);
@@ -266,7 +266,7 @@ void check_copies(Call &call)
           !good   ? "the download is not complete"
           : image ? "the download is complete"
                   : "no download",
-          good ? "" : "wait for its end, else download again");
+          good ? "" : "wait for it to end, or download again");
 }
 
 void check_files(Call &call)
@@ -274,7 +274,7 @@ void check_files(Call &call)
     check_zone(call);
     check_sounds(call);
     enter(call, "/etc", may("/etc", W_OK) ? "writable" : "not writable",
-          may("/etc", W_OK) ? "" : "wifi config writes wpa_supplicant.conf there");
+          may("/etc", W_OK) ? "" : "make it writable for wpa_supplicant.conf");
     check_card(call);
     check_copies(call);
 }
@@ -289,12 +289,12 @@ key_t key_of(const SharedObject &object)
     return static_cast<key_t>(std::strtol(object.key, nullptr, 0));
 }
 
-// The object's line when there is nothing to look at; `id` is what it has.
+// Enters an object that does not exist or cannot be accessed; `id` is negative then.
 bool absent(Call &call, const std::string &item, int id)
 {
     if (id < 0)
         enter(call, item, errno == ENOENT ? "not made yet" : std::strerror(errno),
-              errno == ENOENT ? "" : "ipcs -l tells the limits");
+              errno == ENOENT ? "" : "see the limits: ipcs -l");
     return id < 0;
 }
 
@@ -315,7 +315,7 @@ void check_queues(Call &call)
         enter(call, item,
               std::to_string(queue.msg_qnum) + " messages, " + std::to_string(queue.msg_cbytes) +
                   " of " + std::to_string(queue.msg_qbytes) + " bytes; " +
-                  (queue.msg_lrpid == 0 ? "nobody took any"
+                  (queue.msg_lrpid == 0 ? "none taken yet"
                                         : "last taken by " + process(queue.msg_lrpid)),
               full || waits ? "start the daemon that takes them" : "");
     }
@@ -340,7 +340,8 @@ void check_locks(Call &call)
                   lives(pid) ? "" : std::string("ipcrm -S ") + object.key);
         else
             enter(call, item, "value " + std::to_string(value) + ", last used by " + process(pid),
-                  value == 1 ? "" : std::string("two may hold it: ipcrm -S ") + object.key);
+                  value == 1 ? ""
+                             : std::string("two processes may hold it: ipcrm -S ") + object.key);
     }
 }
 
@@ -360,7 +361,7 @@ void check_ring(Call &call)
     const void *shared = shmat(id, nullptr, SHM_RDONLY);
     if (shared == reinterpret_cast<void *>(-1)) // NOLINT(performance-no-int-to-ptr)
         return enter(call, item, std::strerror(errno), "give it the rights 0666");
-    // Without the lock: one that is being written is looked at again.
+    // It does not take the lock, so it reads a ring that looks wrong again.
     std::string wrong;
     for (int i = 0; i == 0 || (i < 3 && !wrong.empty() && usleep(LOCK_HOLD) == 0); i++) {
         std::memcpy(&ring, shared, sizeof ring);
@@ -368,10 +369,10 @@ void check_ring(Call &call)
     }
     shmdt(shared);
     enter(call, item, wrong.empty() ? std::to_string(ring.count) + " events" : wrong,
-          wrong.empty() ? "" : "set the clock; else cfgctl events clear, then " + remove);
+          wrong.empty() ? "" : "set the clock, or run cfgctl events clear, then " + remove);
 }
 
-// Whether a process has the name.
+// Whether a process with this name runs.
 bool running(const std::string &name)
 {
     bool found = false;
@@ -419,7 +420,7 @@ constexpr std::pair<const char *, void (*)(Call &)> LOOKS[] = {
 void check_camera(Call &call)
 {
     std::fflush(stdout);
-    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO); // the lines say it all
+    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO); // drop the library's reports
     const std::string wanted = call.words.empty() ? "" : call.words[0];
     call.words.resize(1);
     call.data = Json::array();

@@ -1,5 +1,5 @@
-// privacy, night, lamp, probe, prompt, alert, sound, status: what the camera
-// does at the moment.
+// privacy, night, lamp, probe, prompt, alert, sound, status: the camera's present
+// state.
 
 #include "cfgctl.h"
 
@@ -40,7 +40,7 @@ void night(Call &call)
     const bool on = call.words[0] == "on";
     night_mode(on);
     if ((in_night_mode() != 0) != on)
-        fail(APPLY_FAILED, "the driver did not take it");
+        fail(APPLY_FAILED, "the driver did not accept it");
     call.done["result"] = "applied";
 }
 
@@ -49,17 +49,17 @@ void lamp(Call &call)
     const std::string &name = call.words[0];
     const bool is_wled = name == "wled";
     if ((is_wled ? cfg_isWLEDVersion() : cfg_isRlampVersion()) == 0)
-        fail(APPLY_FAILED, "the board does not say that it has a " + name);
+        fail(APPLY_FAILED, "the board does not report a " + name);
     const int mode = static_cast<int>(*number(call.words[1]));
     is_wled ? wled_mode(static_cast<uint32_t>(mode)) : rlamp_mode(mode);
     if (number(first_line("/proc/" + name + "_mode").substr(0, 1)) != mode)
-        fail(APPLY_FAILED, name + " did not take mode " + call.words[1]);
+        fail(APPLY_FAILED, name + " did not accept mode " + call.words[1]);
     call.done["result"] = "applied";
 }
 
 void probe(Call &call)
 {
-    // Without disable_face_hw_check, which does not ask but act. By their names:
+    // All except disable_face_hw_check, which acts. By their names:
 #define ASK(probe) call.data[#probe] = probe()
     // clang-format off
     ASK(streaming_counter); ASK(is_valid_activity_event); ASK(is_valid_track_event);
@@ -76,7 +76,7 @@ void prompt(Call &call)
     const std::string language = stored("lang_name").value_or("");
     if (!is_readable("/mnt/sdcard/morvenix/" + language + "/speech/" + name) &&
         !is_readable("/localization/" + language + "/" + name) && !is_readable("/audio/" + name))
-        fail(APPLY_FAILED, "there is no prompt " + name);
+        fail(APPLY_FAILED, "no prompt " + name);
     if (voice_prompt(name.c_str()) < 0)
         fail(APPLY_FAILED, "the prompt was not played");
 }
@@ -86,7 +86,7 @@ void alert_sound(Call &call)
     if (!is_readable(call.words[0]))
         fail(APPLY_FAILED, call.words[0] + ": " + std::strerror(errno));
     if (alert(call.words[0].c_str()) != 0)
-        fail(APPLY_FAILED, "the sound was not played, or the speaker not restored");
+        fail(APPLY_FAILED, "the sound was not played, or the speaker was not restored");
 }
 
 void sound(Call &call)
@@ -109,9 +109,9 @@ void sound(Call &call)
     }
     const std::string &path = call.words[0];
     if (path.compare(0, 7, "/audio/") != 0 && path.size() > 100)
-        fail(USAGE, "a path outside /audio takes at most 100 characters");
+        fail(USAGE, "a path outside /audio can have at most 100 characters");
     if (chosen.choose(path.c_str()) != 0)
-        fail(APPLY_FAILED, "AudioCheck refuses " + path);
+        fail(APPLY_FAILED, "AudioCheck rejects " + path);
     require_stored(chosen.key, path);
 }
 

@@ -12,7 +12,7 @@
 namespace cfgctl
 {
 
-constexpr uint32_t TYPE_MAX = 4; // that the loader takes
+constexpr uint32_t TYPE_MAX = 4; // that the loader accepts
 
 static void require(int result, const char *otherwise)
 {
@@ -32,7 +32,7 @@ void events_list(Call &call)
     call.fields = {"index", "time", "type"};
     for (uint32_t i = 0; cfg_getEvent(i, &event) == 0; i++)
         call.data.push_back(entry(event));
-    // Asked again: one may have been added since.
+    // Check again: one may have been added since.
     if (call.data.empty() && cfg_isEventQueueEmpty() != 1 && cfg_getEvent(0, &event) != 0)
         fail(NOT_FOUND, "the events cannot be read");
 }
@@ -42,7 +42,7 @@ void events_add(Call &call)
     const auto type = static_cast<uint32_t>(*number(call.words[0]));
     if (type > TYPE_MAX && !call.has(FORCE))
         fail(USAGE, "with an event of type " + call.words[0] +
-                        " a restart will refuse all events; --force adds it all the same");
+                        " a restart will reject all events; --force adds it anyway");
     require(cfg_enqueueEvent(type), "the event was not added");
 }
 
@@ -67,7 +67,7 @@ void events_dump(Call &call)
     const size_t length = std::fread(&ring, 1, sizeof ring, file);
     std::fclose(file);
     if (length != sizeof ring)
-        fail(NOT_FOUND, path + " is refused: it has " + std::to_string(length) + " of " +
+        fail(NOT_FOUND, path + " is invalid: it has " + std::to_string(length) + " of " +
                             std::to_string(sizeof ring) + " bytes");
 
     const bool good = cfg_set::checkEventQueue(&ring) == 0;
@@ -84,7 +84,7 @@ void events_dump(Call &call)
                  {"events", list}};
     if (good)
         return;
-    complain(path + " is refused, for the reason above");
+    complain(path + " is invalid, for the reason above");
     call.status = NOT_FOUND;
 }
 

@@ -1,4 +1,4 @@
-// firmware, speech, crc: images, and what was downloaded.
+// firmware, speech, crc: images and downloads.
 
 #include "cfgctl.h"
 #include "watched_file.h"
@@ -48,12 +48,11 @@ uint32_t big_endian(const Header &header, size_t offset)
 
 std::string mismatch(uint32_t computed, uint32_t stated)
 {
-    return "its checksum is " + hexadecimal(computed) + ", the header states " +
-           hexadecimal(stated);
+    return "its checksum is " + hexadecimal(computed) + ", the header says " + hexadecimal(stated);
 }
 
-// The three checks of an image, in the order in which the library makes them:
-// nothing when it passes, else what is wrong.
+// The three checks of an image, in the library's order. Each returns what is
+// wrong, or nothing.
 
 std::string check_board(const Header &header)
 {
@@ -61,7 +60,7 @@ std::string check_board(const Header &header)
         return "";
     char board[BOARD_ID_SIZE + 1] = "";
     if (cfg_getBoardInfo(BOARD_INFO_BOARDID, board, sizeof board) != 0 || *board == '\0')
-        return "the board does not tell its id";
+        return "the board does not report its id";
     const char *image = header.data() + 32;
     return "it is for \"" + std::string(image, strnlen(image, BOARD_ID_SIZE)) +
            "\", this board is \"" + board + "\"";
@@ -76,7 +75,7 @@ std::string check_header(const Header &header)
     return mismatch(cfg_getCrc32(cleared.data(), HEADER_SIZE), big_endian(header, 4));
 }
 
-// The whole check once more: that an image passes is for it alone to say.
+// The library's complete check, which alone decides whether an image passes.
 std::string check_image(const Header &header, FILE *file, uint32_t limit)
 {
     if (cfg_checkFirmware(file, limit) == 0)
@@ -124,7 +123,7 @@ void firmware_newer(Call &call)
     const std::string &version = call.words[0];
     int patch = 0;
     if (std::sscanf(version.c_str(), "v%*d.%*d.%d", &patch) != 1)
-        fail(USAGE, "a version reads like v5.1.0, not " + version);
+        fail(USAGE, "a version looks like v5.1.0, not " + version);
     const bool newer = cfg_isNewVersion(version.c_str()) == 0;
     call.answer({{"version", version}, {"newer", newer}}, newer ? "newer" : "not newer");
     call.status = newer ? OK : NOT_FOUND;
@@ -134,7 +133,7 @@ void firmware_downloaded(Call &call)
 {
     char version[64] = "";
     if (cfg_verifyDownloadedFw(version, sizeof version) != 0)
-        fail(NOT_FOUND, "no newer firmware is downloaded; what there was of one is deleted");
+        fail(NOT_FOUND, "no newer firmware was downloaded; any other download is deleted");
     call.answer({{"version", version}}, version);
 }
 
@@ -155,8 +154,7 @@ void crc(Call &call)
     const uint32_t skip = call.option(SKIP);
     const bool cut = call.option(LIMIT) > 0 && call.option(LIMIT) <= skip;
     if (skip > 0 && (cut || (known && status.st_size <= static_cast<off_t>(skip))))
-        fail(NOT_FOUND,
-             "nothing is left of " + path + " behind " + std::to_string(skip) + " bytes");
+        fail(NOT_FOUND, "nothing is left of " + path + " after " + std::to_string(skip) + " bytes");
     const std::string value =
         hexadecimal(cfg_getCrc32FromFile(file.get(), skip, call.option(LIMIT)));
     if (std::ferror(file.get()))

@@ -9,9 +9,9 @@ namespace
 {
 
 constexpr size_t WIDTH = 80;
-constexpr size_t MEANING = 20; // column of what is said of a word
+constexpr size_t MEANING = 20; // column of the explanations
 
-// Breaks at blanks. The first line begins with `head`, the others with blanks.
+// Breaks lines at blanks. `head` starts the first line; blanks indent the others.
 std::string wrap(std::string head, size_t indent, const std::string &text)
 {
     std::string lines;
@@ -35,7 +35,7 @@ std::string item(const Word &word)
     return wrap(head, MEANING, explanation(word));
 }
 
-// The action's own part of the help.
+// The help of one action.
 std::string part(const Action &action)
 {
     std::string text = wrap("", 8, usage(action)) + wrap("    ", 4, action.effect);
@@ -158,11 +158,12 @@ std::string help()
     for (const Verb &status : EXITS)
         exits += std::string(exits.empty() ? "" : ", ") + status.name + " " + status.summary;
     return "usage: cfgctl [OPTION...] VERB [WORD...]\n\n" + columns(rows) + "\n" +
-           wrap("", 0,
-                "cfgctl help VERB explains a verb. --json prints JSON, but of help and version. "
-                "Standard output is data only; the library reports on standard error. "
-                "Exit status: " +
-                    exits + ".");
+           wrap(
+               "", 0,
+               "cfgctl help VERB explains a verb. --json prints everything but help and version as "
+               "JSON. Standard output is data only; reports go to standard error. "
+               "Exit status: " +
+                   exits + ".");
 }
 
 std::string columns(const std::vector<std::vector<std::string>> &rows)

@@ -1,4 +1,4 @@
-// What the tables say, as text.
+// The text of the tables.
 #pragma once
 
 #include "table.h"
@@ -11,27 +11,27 @@ namespace cfgctl
 
 bool is(const char *text, const std::string &other);
 
-// Where a word stands: "KEY", "on|off", "user=...", "--count N".
+// A word in a usage line: "KEY", "on|off", "user=...", "--count N".
 std::string label(const Word &word);
 
-// What a word means, and what it takes.
+// What a word means, and its valid values.
 std::string explanation(const Word &word);
 
-// The list behind an action's words, of an entry or of the keys; empty: none.
+// The list after an action's words: the fields of an entry, the keys, or nothing.
 struct Details {
     const char *heading;
     std::vector<Word> words;
 };
 Details details(const Action &action);
 
-// "cfgctl VERB"; "cfgctl VERB ...", as the command line has it.
+// "cfgctl VERB NAME"; the whole usage line.
 std::string name_of(const Action &action);
 std::string usage(const Action &action);
 
-// What may stand in a word's place: "a number from 0 to 1".
+// A word's valid values: "a number from 0 to 1".
 std::string takes(const Word &word);
 
-// All verbs, a line each; a verb's actions with their words. 80 columns.
+// All verbs, one per line; one verb's actions with their words. 80 columns.
 std::string help();
 std::string help(const Verb &verb);
 

@@ -59,7 +59,7 @@ void set_alarm_clocks(const Json &json)
     alarm_set_config(static_cast<int>(list.size()), list.data());
 }
 
-// An entry is a JSON object here, however it was given.
+// Every entry is a JSON object here, whatever its input form.
 constexpr struct List {
     const char *slot; // a key without its last digit
     size_t most;      // entries
@@ -74,7 +74,7 @@ const List &list_of(const Call &call)
     return LISTS[is(call.action->verb, "alarm") ? 1 : 0];
 }
 
-// The slots of a list: dense, up to the first without an entry.
+// The number of used slots. The first empty slot ends the list.
 size_t filled(const List &list)
 {
     size_t count = 0;
@@ -91,7 +91,7 @@ std::vector<std::string> names_of(const List &list)
     return names;
 }
 
-// The fields of a line as they are stored; a text is all that is left of it.
+// The fields of a line with commas. A text field takes the rest of the line.
 std::vector<std::string> of_line(const List &list, const std::string &line)
 {
     std::vector<std::string> texts;
@@ -103,11 +103,11 @@ std::vector<std::string> of_line(const List &list, const std::string &line)
         at = comma + 1;
     }
     if (texts.size() != names_of(list).size() || at <= line.size())
-        fail(USAGE, "has not " + std::to_string(names_of(list).size()) + " fields");
+        fail(USAGE, "does not have " + std::to_string(names_of(list).size()) + " fields");
     return texts;
 }
 
-// The fields of a row of the table that list prints, below its headings.
+// The fields of a row of the table that list prints; `headings` is its first line.
 std::vector<std::string> of_row(const std::string &headings, std::string row)
 {
     std::vector<std::string> texts;
@@ -135,7 +135,7 @@ std::vector<std::string> of_object(const List &list, const Json &entry)
             fail(USAGE, name + " is not one line of text or a number");
     }
     if (entry.size() != texts.size())
-        fail(USAGE, "has a field too many");
+        fail(USAGE, "has an unknown field");
     return texts;
 }
 
@@ -150,7 +150,7 @@ Json checked(const List &list, const std::vector<std::string> &texts)
     return entry;
 }
 
-// The entries of a JSON array, of a printed table, or one a line.
+// The entries of a JSON array, of a printed table, or of lines.
 Json parse(const List &list, const std::string &input)
 {
     std::vector<std::string> lines;
@@ -158,7 +158,7 @@ Json parse(const List &list, const std::string &input)
         if (line.find_first_not_of(" \t\r") != std::string::npos)
             lines.push_back(line.substr(0, line.find_last_not_of('\r') + 1));
     if (lines.empty())
-        fail(USAGE, "no entries are given; [] empties the list");
+        fail(USAGE, "no entries; [] empties the list");
     const bool is_json = lines[0][lines[0].find_first_not_of(" \t")] == '[';
     const bool is_table = lines[0].compare(0, 5, "SLOT ") == 0;
     const Json array = is_json ? Json::parse(input, nullptr, false) : Json(lines);
@@ -177,7 +177,7 @@ Json parse(const List &list, const std::string &input)
         }
     }
     if (entries.size() > list.most)
-        fail(USAGE, std::to_string(entries.size()) + " entries, and the list holds " +
+        fail(USAGE, std::to_string(entries.size()) + " entries, but the list holds " +
                         std::to_string(list.most));
     return entries;
 }

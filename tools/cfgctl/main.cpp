@@ -35,16 +35,16 @@ bool split_output()
                     (action ? usage(*action) : "cfgctl VERB ...; cfgctl help lists the verbs"));
 }
 
-// The index of an option, whose word may have "=VALUE" behind it.
+// The index of an option; the word may end with "=VALUE".
 unsigned find_option(const std::string &word)
 {
     for (unsigned i = 0; i < OPTION_COUNT; i++)
         if (word.substr(0, word.find('=')) == OPTIONS[i].name)
             return i;
-    wrong_usage(nullptr, "no option " + word);
+    wrong_usage(nullptr, "unknown option " + word);
 }
 
-// Puts options, which may stand anywhere, and the other words apart.
+// Separates the options, which can be anywhere, from the other words.
 void sort_words(const std::vector<std::string> &given, Call &call)
 {
     bool ended = false;
@@ -82,10 +82,10 @@ const Verb &find_verb(const std::string &name)
             return verb;
         names.emplace_back(verb.name);
     }
-    wrong_usage(nullptr, "no verb " + name + nearest(name, names));
+    wrong_usage(nullptr, "unknown verb " + name + nearest(name, names));
 }
 
-// Finds what the words ask for, and leaves the words that it takes.
+// Finds the action of the words and keeps only its arguments.
 void choose_action(Call &call)
 {
     if (call.words.empty())
@@ -102,13 +102,13 @@ void choose_action(Call &call)
     const bool alone = call.action && !*call.action->name;
     if (!call.action || (alone && !names.empty() && !name.empty()))
         wrong_usage(nullptr, verb + " takes one of " + names +
-                                 (name.empty() ? "" : ", not " + name) + "; cfgctl help " + verb +
-                                 " explains them");
+                                 (name.empty() ? "" : ", not " + name) + "; see cfgctl help " +
+                                 verb);
     call.words.erase(call.words.begin(), call.words.begin() + (alone ? 1 : 2));
 }
 
-// The word that the `index`th argument is for; `text` loses the name of one
-// that is given as NAME=VALUE. Null when there is none.
+// The word for the `index`th argument, null when there is none. Removes the name
+// from a `text` of the form NAME=VALUE.
 const Word *find_word(const Action &action, size_t index, std::string &text)
 {
     const Word *words = action.words;
@@ -126,7 +126,7 @@ const Word *find_word(const Action &action, size_t index, std::string &text)
     return nullptr;
 }
 
-// Checks every word, after those that stand on standard input are read.
+// Checks every word; reads those that come from standard input first.
 void check_words(Call &call)
 {
     const Action &action = *call.action;
@@ -140,7 +140,7 @@ void check_words(Call &call)
         std::string value = call.words[i];
         const Word *word = find_word(action, i, value);
         if (!word)
-            wrong_usage(&action, "there are words too many"); // and may be secrets
+            wrong_usage(&action, "too many words"); // do not print them: they may be secrets
         const std::string name = call.words[i].substr(0, call.words[i].size() - value.size());
         if (is_secret(*word) && value == "-")
             value = line_of_input();
@@ -149,7 +149,7 @@ void check_words(Call &call)
     }
 }
 
-// What was done, as an object: the verb, its words, and what else is said.
+// What was done, as an object: the verb, its words and call.done.
 Json report(const Call &call)
 {
     const std::string name = call.action->name;
@@ -157,7 +157,7 @@ Json report(const Call &call)
     for (size_t i = 0; i < call.words.size(); i++) {
         std::string value = call.words[i];
         if (call.action->words[0].kind == ASSIGNMENT)
-            break; // set says itself what it did
+            break; // set reports in call.done
         const Word &word = *find_word(*call.action, i, value);
         std::string field = lower(word.name);
         field.erase(std::remove(field.begin(), field.end(), '='), field.end());
@@ -171,7 +171,7 @@ Json report(const Call &call)
     return json;
 }
 
-// A value as people read it.
+// A value for people to read.
 std::string cell(const std::string &name, const Json &value)
 {
     char text[32];
@@ -304,7 +304,7 @@ std::string visible(const std::string &text)
         char hex[8];
         std::snprintf(hex, sizeof hex, "\\x%02x", static_cast<unsigned char>(c));
         const bool control = static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-        // Behind U+0080 to U+009F, in UTF-8, are controls too.
+        // U+0080 to U+009F, two bytes in UTF-8, are controls too.
         const bool second = !shown.empty() && shown.back() == '\xc2' && (c & '\xe0') == '\x80';
         shown += control || second ? hex : std::string(1, c);
     }
@@ -336,7 +336,7 @@ std::string table(const Json &json, const std::vector<std::string> &fields)
 
 std::string nearest(const std::string &word, const std::vector<std::string> &known)
 {
-    size_t least = word.size() / 4 + 2; // changes that a slip can be
+    size_t least = word.size() / 4 + 2; // more changes than this are no typo
     std::string best;
     for (const std::string &candidate : known) {
         std::vector<size_t> row(candidate.size() + 1);
@@ -414,7 +414,7 @@ std::string lower(std::string text)
 } // namespace cfgctl
 
 #ifdef __GLIBCXX__
-// The C++ library's own names the exception, with a demangler of 30 KB.
+// The C++ library's own handler needs a demangler of 30 KB.
 void __gnu_cxx::__verbose_terminate_handler()
 {
     std::abort();

@@ -1,5 +1,5 @@
-// What a message on the daemons' queue says: for monitor, and for the desk
-// camera's receivers.
+// Messages on the daemons' queue as text, for monitor and the desk camera's
+// receivers.
 #pragma once
 
 #include "cfg_set.h"
@@ -12,10 +12,10 @@ namespace cfgctl
 // What it tells its receiver: "PIR detection on".
 const char *meaning(const daemon_message &message);
 
-// Its parameter bytes, as far as their trailing zeros.
+// Its parameter bytes without trailing zeros.
 std::string parameter(const daemon_message &message);
 
-// All of it in one line.
+// The whole message on one line.
 std::string line_of(const daemon_message &message);
 
 } // namespace cfgctl

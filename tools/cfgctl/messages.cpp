@@ -1,4 +1,4 @@
-// rec, monitor: the daemons' messages, one end and the other.
+// rec, monitor: posts and takes daemon messages.
 
 #include "cfgctl.h"
 #include "message_text.h"
@@ -20,13 +20,13 @@ namespace
 constexpr ssize_t BODY_SIZE = 292;
 constexpr const char *PID_FILE = "/var/run/monitor.pid";
 
-// Room for a message that is not one of the library's, too.
+// Also has room for messages that the library did not post.
 struct Received {
     daemon_message message;
     char more[8192];
 };
 
-// With the time at which it was taken.
+// With the time of its receipt.
 bool print_message(const daemon_message &message, bool json)
 {
     timespec now = {};
@@ -59,13 +59,14 @@ extern "C" void end_by_signal(int signal)
     std::raise(signal);
 }
 
-// Asks other receivers to step aside while it lives.
+// Makes other receivers wait while it lives.
 struct Notice {
     Notice()
     {
         const int64_t other = number(first_line(PID_FILE)).value_or(0);
         if (lives(other)) {
-            complain("monitor " + std::to_string(other) + " runs too: each message goes to one");
+            complain("monitor " + std::to_string(other) +
+                     " also runs; each message goes to only one");
             return;
         }
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
@@ -87,8 +88,8 @@ struct Notice {
 
 extern "C" void wake_up(int) {}
 
-// Says who else takes messages since it was made. A second is as fine as the
-// kernel tells.
+// Reports other processes that take messages. The kernel's receive times have a
+// resolution of one second.
 struct Rivals {
     explicit Rivals(int of) : queue(of)
     {
@@ -105,7 +106,7 @@ struct Rivals {
             return;
         if (now.msg_lrpid != named)
             complain("process " + std::to_string(now.msg_lrpid) +
-                     " takes messages too: each goes to one");
+                     " also takes messages; each goes to only one");
         named = now.msg_lrpid;
         before = now;
     }

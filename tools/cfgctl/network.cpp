@@ -18,20 +18,20 @@ namespace
 constexpr const char *SUPPLICANT_FILE = "/etc/wpa_supplicant.conf";
 constexpr size_t COMMAND_MOST = 255; // characters of ntpd's command line
 
-// Whether the library writes the network at all.
+// Whether the library writes the network to the file.
 bool is_written(const std::string &ssid, const std::string &key)
 {
     const bool fits = key.empty() || (key.size() >= 8 && key.size() <= 64);
     return (fits || could_be_wep(key.c_str()) != 0) && (ssid + key).find('\n') == std::string::npos;
 }
 
-// Ends when the supplicant would refuse its whole file for the stored value, or
-// read another network from it.
+// Fails when the stored value would make the supplicant reject its whole file or
+// read a different network.
 void require_readable(const std::string &key, const std::string &value)
 {
     const std::string fault = fault_of(find_setting(key)->value, value);
     if (!fault.empty())
-        fail(APPLY_FAILED, key + " " + fault + "; the supplicant would not read the file");
+        fail(APPLY_FAILED, key + " " + fault + "; the supplicant would reject the file");
 }
 
 // The networks in the supplicant's file, each once.
@@ -52,12 +52,12 @@ std::vector<std::string> written_networks()
     return ssids;
 }
 
-// The stored value of `key`, which goes into a command line as it stands.
+// The stored value of `key`, checked for use in a command line.
 std::string vetted(const std::string &key, cfg_set::Word kind)
 {
     std::string value = stored(key).value_or("");
     if (!cfg_set::harmless(value.c_str(), kind))
-        fail(APPLY_FAILED, key + " cannot stand in a command line: " + value);
+        fail(APPLY_FAILED, key + " is not safe in a command line: " + value);
     return value;
 }
 
@@ -76,17 +76,16 @@ void wifi_config(Call &call)
         kept += written ? 1 : 0;
         left_out += written ? 0 : 1;
         if (!key)
-            complain(slot + "_ssid: left out, " + slot + "_psk is not stored");
+            complain(slot + "_ssid: left out; " + slot + "_psk is not stored");
         else if (!written)
-            complain(slot + "_ssid: left out, for a line feed or a key of no known length");
+            complain(slot + "_ssid: left out; it has a line feed or a key of invalid length");
         else {
             require_readable(slot + "_ssid", ssid);
             require_readable(slot + "_psk", *key);
         }
     }
     if (kept == 0 && left_out > 0)
-        fail(APPLY_FAILED,
-             std::string("no network is left; ") + SUPPLICANT_FILE + " stays as it is");
+        fail(APPLY_FAILED, std::string("no valid network; ") + SUPPLICANT_FILE + " is unchanged");
     if (kept == 0)
         complain("no network is stored");
     if (cfg_restoreWiFiConfig() != 0)
@@ -104,7 +103,7 @@ void wifi_control(Call &call)
 {
     const std::string name = call.action->name;
     if (name == "restart" && first_line("/proc/live_streaming").substr(0, 1) == "1")
-        fail(APPLY_FAILED, "a live stream runs; nothing is done");
+        fail(APPLY_FAILED, "a live stream runs; nothing was done");
     if (name == "start")
         cfg_startWiFi();
     else
@@ -138,13 +137,13 @@ void time_zone(Call &call)
     for (const char *key : {"time_zone", "time_dst"})
         if (!given && !stored(key))
             fail(APPLY_FAILED,
-                 std::string(key) + " is not stored: store it, or give OFFSET and DST");
+                 std::string(key) + " is not stored; store it or give OFFSET and DST");
     const std::string zone = vetted("time_zone_str", cfg_set::ZONE_WORD);
     if ((given ? cfg_setTimeZoneDst(offset, dst) : cfg_restoreTimeZoneDst()) != 0)
-        fail(APPLY_FAILED, "the time zone is not set");
+        fail(APPLY_FAILED, "the time zone was not set");
     const std::string tz = first_line("/tmp/TZ");
     if (given && tz.compare(0, 4, offset < 0 ? "GMT+" : "GMT-") != 0)
-        complain("the stored time_zone_str " + zone + " wins: OFFSET and DST do not matter");
+        complain("the stored time_zone_str " + zone + " overrides OFFSET and DST");
     call.answer({{"zone", zone}, {"tz", tz}}, tz);
     call.done["result"] = "applied";
 }
@@ -158,7 +157,8 @@ void time_sync(Call &call)
         length += server.empty() ? 0 : std::strlen(" -p ") + server.size();
     }
     if (length > COMMAND_MOST)
-        fail(APPLY_FAILED, "time_server and time_server1 do not fit the command line of ntpd");
+        fail(APPLY_FAILED,
+             "time_server and time_server1 are too long for the command line of ntpd");
     cfg_setTimeSync(on ? 1 : 0);
     call.done["result"] = "called";
 }

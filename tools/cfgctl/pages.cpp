@@ -1,5 +1,5 @@
-// Prints the man page or the completion for bash, from the tables alone: a
-// program of the machine that builds, for whatever machine cfgctl is.
+// Prints the man page or the bash completion from the tables. Runs on the build
+// machine, whatever machine cfgctl is for.
 
 #include "help.h"
 
@@ -7,11 +7,11 @@
 
 using namespace cfgctl;
 
-// The files that cfgctl's verbs read or write, beside the store and the drivers'.
+// The files that cfgctl's verbs read or write, except the store's and the drivers'.
 static constexpr Verb FILES[] = {
     {"/etc/wpa_supplicant.conf", "the supplicant's networks (wifi config)"},
     {"/etc_ro/time_zone", "zone names and their TZ strings (time zone)"},
-    {"/tmp/TZ, /tmp/localtime", "the zone that counts (time zone)"},
+    {"/tmp/TZ, /tmp/localtime", "the active zone (time zone)"},
     {"/tmp/dev_status", "the device status (status)"},
     {"/var/run/monitor.pid", "process id of the running monitor"},
     {"/mnt/sdcard/video/.event", "the copy of the event ring (events)"},
@@ -19,8 +19,7 @@ static constexpr Verb FILES[] = {
     {"/mnt/sdcard/upgrade/upgrade.bin, upgrade.dat", "the download and its version (firmware)"},
 };
 
-// Text that the formatter fills; what it would take for a request or a break
-// between two words is text.
+// Text for the formatter to fill, with its special characters escaped.
 static std::string filled(const std::string &text)
 {
     std::string escaped = text.find_first_of(".'") == 0 ? "\\&" : "";
@@ -64,9 +63,9 @@ static std::string man_page()
                        ".SH SYNOPSIS\n\\fBcfgctl\\fR [OPTION...] VERB [WORD...]\n.br\n"
                        "\\fBcfgctl help\\fR [VERB]\n"
                        ".SH DESCRIPTION\nReads and changes the camera's settings and drives its "
-                       "functions, all through the library cfg_set. Standard output is data only; "
-                       "what the library and its commands report goes to standard error.\n.PP\n"
-                       "Options may stand anywhere; behind \\-\\- a word is no option.\n"
+                       "functions through the library cfg_set. Standard output is data only; the "
+                       "library and its commands report on standard error.\n.PP\n"
+                       "Options can be anywhere before \\-\\-; no word after it is an option.\n"
                        ".PP\nThe verbs:\n";
     for (const Verb &verb : VERBS)
         page += tagged(verb.name, verb.summary);
@@ -88,7 +87,7 @@ static std::string man_page()
     return page + ".SH SEE ALSO\n\\fBipcs\\fR(1), \\fBwpa_supplicant.conf\\fR(5)\n";
 }
 
-// What may stand in a word's place.
+// The possible completions of a word.
 static std::string candidates(const Action &action, const Word &word)
 {
     std::string found = word.kind == CHOICE          ? word.choices
@@ -103,7 +102,7 @@ static std::string candidates(const Action &action, const Word &word)
     return found;
 }
 
-// A line of the completion's `case`: what follows so many words, which begin so.
+// A line of the completion's `case`: what follows `count` words that start with `words`.
 static std::string rule(const std::string &count, const std::string &words,
                         const std::string &found)
 {
@@ -166,7 +165,7 @@ static std::string completion()
            keys + "\" restorable=\"" + restorable + "\" verbs=\"" + verbs +
            "\"\n"
            "    COMPREPLY=()\n"
-           "    # A value, which only its user knows; the shell splits words at \"=\".\n"
+           "    # No completion of values. The shell splits words at \"=\".\n"
            "    [[ $cur != = && ${COMP_WORDS[COMP_CWORD-1]} != = ]] || return 0\n"
            "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
            "        [[ $word == -* ]] || given+=(\"$word\")\n    done\n"

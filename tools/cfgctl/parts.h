@@ -1,5 +1,5 @@
-// What a device must have for the library to work, as docs/porting.md lists it:
-// check looks at it, and a test holds the document against it.
+// What a device must have for the library to work, for the verb check. A test
+// compares docs/porting.md with it.
 #pragma once
 
 #include "cfg_set.h"
@@ -10,9 +10,9 @@ namespace cfgctl
 {
 
 struct Part {
-    const char *names; // with blanks between
+    const char *names; // separated by blanks
     const char *purpose;
-    int access = X_OK;           // of a driver's file: reading, writing or both
+    int access = X_OK;           // to a driver's file: read, write or both
     int (*on_board)() = nullptr; // null when every board has it
 };
 
@@ -47,7 +47,7 @@ inline constexpr Part DRIVERS[] = {
     {"/proc/wifi_reset", "resets of the radio", W_OK},
 };
 
-// Processes that are always there and are signalled by their names.
+// Processes that always run and get signals by name.
 inline constexpr Part PROCESSES[] = {
     {"ctrl_sched", "schedules"},
     {"alarm", "alarm clocks"},

@@ -23,7 +23,7 @@ std::vector<viewer_entry> viewers()
     return list;
 }
 
-// The entry of the name, or the end.
+// The entry with this name, or the end.
 auto find(const std::vector<viewer_entry> &list, const std::string &name)
 {
     return std::find_if(list.begin(), list.end(),
@@ -32,8 +32,8 @@ auto find(const std::vector<viewer_entry> &list, const std::string &name)
 
 struct Feature {
     const char *name;
-    const char *keys[3]; // of the numbers
-    const char *folder;  // key of the text behind them, or null
+    const char *keys[3]; // of its numbers
+    const char *folder;  // key of the text after them, or null
     void (*get)(int *numbers, char *folder);
     void (*set)(const int *numbers, const char *folder);
 };
@@ -95,14 +95,14 @@ void viewer_add(Call &call)
     for (const std::string &field : call.words) {
         length += field.size();
         if (field.find_first_of(",\n") != std::string::npos)
-            fail(USAGE, "a viewer's fields cannot have a comma or a line feed");
+            fail(USAGE, "a viewer's fields cannot contain a comma or a line feed");
     }
     if (length > 255)
-        fail(USAGE, "the fields take more than 255 characters together");
+        fail(USAGE, "the fields have more than 255 characters in total");
     const auto list = viewers();
     const std::string &name = call.words[0];
     if (find(list, name) != list.end())
-        fail(NOT_FOUND, name + " is a viewer already, and kept as it is");
+        fail(NOT_FOUND, name + " is already a viewer; nothing was changed");
     viewer_entry entry{};
     name.copy(entry.name, sizeof entry.name - 1);
     call.words[1].copy(entry.passcode, sizeof entry.passcode - 1);
@@ -112,7 +112,7 @@ void viewer_add(Call &call)
     const auto now = viewers();
     if (result != 0 || find(now, name) == now.end())
         fail(STORE_FAILED,
-             result == 10 ? "the list has its 10 viewers" : name + " cannot be stored");
+             result == 10 ? "the list is full: 10 viewers" : name + " cannot be stored");
 }
 
 void viewer_del(Call &call)

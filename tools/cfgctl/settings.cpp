@@ -1,5 +1,5 @@
-// get, set, unset, restore, show, board: the stored settings, and what the
-// board says of itself.
+// get, set, unset, restore, show, board: the stored settings, and the board's
+// identity.
 
 #include "cfgctl.h"
 
@@ -22,9 +22,9 @@ namespace
 constexpr size_t BODY_SIZE = 292; // of a daemon message
 constexpr size_t LARGE_VALUE = 65536;
 
-constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable"; // whose setter stores it
+constexpr const char *PRIVACY_KEY = "orb_privacy_mode_enable"; // its setter stores it
 
-// Whether the board says that it does not have what the setting is for.
+// Whether the board reports that it lacks the setting's feature.
 bool absent(const Setting &setting)
 {
     char version[32];
@@ -38,7 +38,7 @@ bool writable(const char *path)
     return file >= 0 && close(file) == 0;
 }
 
-// "applied" when the driver's file shows the value, "called" when nothing does.
+// "applied" when the driver's file shows the value, "called" when it cannot.
 const char *seen(const Setting &setting, const std::string &value)
 {
     if (!setting.file)
@@ -48,7 +48,7 @@ const char *seen(const Setting &setting, const std::string &value)
     const char digit =
         setting.digits[std::min<size_t>(cfg_set::to_number(value.c_str(), 10), last)];
     if (shown.empty() && writable(setting.file))
-        return "called"; // a driver may be mute
+        return "called"; // the driver shows nothing
     if (shown.empty() || shown[0] != digit)
         fail(APPLY_FAILED, std::string(setting.value.name) + " is not applied: " + setting.file +
                                " does not show it");
@@ -62,7 +62,7 @@ std::string restored(const Setting &setting)
     return absent(setting) ? "not on this board" : "failed";
 }
 
-// "; did you mean KEY?" for a key that nothing knows.
+// "; did you mean KEY?" for an unknown key.
 std::string like(const std::string &key, bool restorable = false)
 {
     std::vector<std::string> known;
@@ -83,7 +83,7 @@ struct Change {
     std::optional<std::string> old = {};
     const char *result = "stored";
 
-    // The setter stores the value itself, and has to find the old one.
+    // The setter stores the value itself and needs the old one.
     [[nodiscard]] bool by_setter() const
     {
         return applies && is(PRIVACY_KEY, key);
@@ -116,7 +116,7 @@ void apply(Change &change)
     change.result = seen(setting, change.value);
 }
 
-// Store and device as they were before the changes.
+// Restores store and device to their state before the changes.
 void take_back(std::vector<Change> &changes)
 {
     for (auto change = changes.rbegin(); change != changes.rend(); ++change) {
@@ -125,14 +125,14 @@ void take_back(std::vector<Change> &changes)
         const char *key = change->key.c_str();
         if (change->is_stored && stored(change->key) != change->old &&
             (change->old ? param_set(key, change->old->c_str()) : param_unset(key)) != 0)
-            complain("the old value of " + change->key + " cannot be stored again");
+            complain("the old value of " + change->key + " cannot be restored");
     }
     for (const Change &change : changes)
         if (change.is_applied && !change.by_setter() && change.old)
             change.setting->set(cfg_set::to_number(change.old->c_str(), 10));
 }
 
-// Stores all, then applies all unless the call says otherwise; or changes nothing.
+// Stores all and, unless the call has NO_APPLY, applies all; or changes nothing.
 void change_all(const Call &call, std::vector<Change> &changes)
 {
     unsigned messages = 0;
@@ -140,8 +140,8 @@ void change_all(const Call &call, std::vector<Change> &changes)
         const Setting *setting = change.setting;
         change.applies = setting && setting->set && !call.has(NO_APPLY);
         if (change.applies && setting->on_board && setting->on_board() == 0)
-            fail(APPLY_FAILED, "the board does not say that it has what " + change.key +
-                                   " sets; nothing is stored");
+            fail(APPLY_FAILED,
+                 "the board does not report the feature of " + change.key + "; nothing is stored");
         if (change.applies && !(change.by_setter() && change.is_there()))
             messages += setting->messages;
     }
@@ -154,22 +154,22 @@ void change_all(const Call &call, std::vector<Change> &changes)
                 apply(change);
     } catch (const Failure &failure) {
         take_back(changes);
-        fail(failure.status, failure.what() + std::string("; the store is as it was"));
+        fail(failure.status, failure.what() + std::string("; the store is unchanged"));
     }
 }
 
-// One KEY=VALUE, of which the value may stand on standard input.
+// One KEY=VALUE; the value may come from standard input.
 Change parsed(const std::string &text, bool dash)
 {
     const size_t equals = text.find('=');
     if (equals == std::string::npos)
-        fail(USAGE, "set takes KEY=VALUE, which one of the words or lines is not");
+        fail(USAGE, "set takes KEY=VALUE; one word or line has no =");
     const std::string key = text.substr(0, equals);
     const std::string value = text.substr(equals + 1);
     return {key, dash && value == "-" ? line_of_input() : value, find_setting(key)};
 }
 
-// What set is asked for, by its words or by the lines of standard input.
+// The changes that set's words, or the lines of standard input, ask for.
 std::vector<Change> wanted(const Call &call)
 {
     std::vector<Change> changes;
@@ -194,18 +194,18 @@ bool begins(const Setting &setting, const std::string &prefix)
     return std::string(setting.value.name).compare(0, prefix.size(), prefix) == 0;
 }
 
-// Why the stored value cannot go in again through set; empty when it can.
+// Why export leaves out the stored value; empty when set accepts it.
 std::string left_out(const Call &call, const Setting &setting, const std::string &value)
 {
     if (is_secret(setting.value) && !value.empty() && !call.has(SHOW_SECRETS))
-        return "is left out, --show-secrets prints it";
+        return "is left out; --show-secrets prints it";
     if (setting.on_board && setting.on_board() == 0)
-        return "is left out, this board does not have it";
+        return "is left out; this board does not have it";
     return value.find('\n') == std::string::npos ? fault_of(setting.value, value)
                                                  : "has a line feed";
 }
 
-// As `set -` reads it, or an object.
+// Lines that `set -` can read, or an object.
 void export_settings(Call &call, const std::string &prefix)
 {
     call.data = Json::object();
@@ -224,7 +224,7 @@ void export_settings(Call &call, const std::string &prefix)
         fail(NOT_FOUND, "no setting that begins with " + prefix + " is stored");
 }
 
-// Another verb as a step of restore.
+// Runs another verb as a step of restore.
 std::string performed(const std::string &line)
 {
     Call call;
@@ -240,7 +240,7 @@ std::string performed(const std::string &line)
 std::optional<std::string> stored(const std::string &key)
 {
     std::string value;
-    // A store may cut what does not fit, or refuse it.
+    // A store may cut or refuse a value that does not fit.
     for (size_t size = 256;; size = std::max(size * 2, LARGE_VALUE)) {
         value.assign(size, '\0');
         const bool got = param_get(key.c_str(), value.data(), static_cast<unsigned>(size)) == 0;
@@ -263,7 +263,7 @@ void require_room(unsigned messages)
     const int queue = messages > 0 ? msgget(QUEUE_KEY, 0) : -1;
     if (queue >= 0 && msgctl(queue, IPC_STAT, &state) == 0 &&
         state.msg_cbytes + messages * BODY_SIZE > state.msg_qbytes)
-        fail(APPLY_FAILED, "the daemons' queue has no room, they do not take their messages; "
+        fail(APPLY_FAILED, "the daemons' queue is full: they do not take their messages; "
                            "nothing is changed");
 }
 
@@ -298,8 +298,8 @@ void set(Call &call)
     for (const Change &change : changes) {
         if (!change.setting && !call.has(FORCE)) {
             const std::string known = like(change.key);
-            fail(USAGE, "nothing knows the key " + change.key + (known.empty() ? ";" : known) +
-                            " --force stores it all the same");
+            fail(USAGE, "unknown key " + change.key + (known.empty() ? ";" : known) +
+                            " --force stores it anyway");
         }
         if (change.setting)
             check(change.setting->value, change.value);
@@ -336,7 +336,7 @@ void restore(Call &call)
         fail(USAGE, "restore takes either a key or --all");
     const Setting *one = call.has(ALL) ? nullptr : find_setting(call.words[0]);
     if (!call.has(ALL) && (!one || !one->restore))
-        fail(NOT_FOUND, "nothing restores " + call.words[0] + like(call.words[0], true));
+        fail(NOT_FOUND, "no restorer for " + call.words[0] + like(call.words[0], true));
 
     call.data = Json::array();
     call.fields = {"key", "result"};
@@ -350,7 +350,7 @@ void restore(Call &call)
         call.data.push_back({{"key", key}, {"result", result}});
         if (result == "failed")
             call.status = APPLY_FAILED;
-        else if (one && result == "not on this board") // with --all no failure
+        else if (one && result == "not on this board") // no failure with --all
             call.status = NOT_FOUND;
     };
     for (const Setting &setting : SETTINGS)
@@ -394,7 +394,7 @@ void board(Call &call)
         call.data[name] = cfg_getBoardInfo(index, text, sizeof text) == 0 ? Json(text) : Json();
         if (!call.data[name].is_null())
             continue;
-        complain(std::string("the board does not tell its ") + name);
+        complain(std::string("the board does not report its ") + name);
         call.status = NOT_FOUND;
     }
     call.data["slip_ring"] = cfg_is_slip_ring_model() != 0;

@@ -55,9 +55,9 @@ void upload_control(Call &call)
     if (name == "stop" && smbu_exist() == 0)
         fail(NOT_FOUND, "the daemon does not run");
     if (name == "wake" && (mode == 0 || mode == 3))
-        fail(NOT_FOUND, "nothing is woken" + in_mode);
+        fail(NOT_FOUND, "the daemon is not woken" + in_mode);
     if (name == "notify" && mode != 2)
-        fail(NOT_FOUND, "no event is told" + in_mode);
+        fail(NOT_FOUND, "the daemon gets no event signals" + in_mode);
     name == "stop" ? smbu_force_stop() : name == "wake" ? smbu_wake_up() : smbu_event_notify();
     call.done["result"] = "called";
 }
@@ -76,10 +76,10 @@ void upload_recover(Call &call)
     if (!S_ISREG(file.st_mode))
         fail(APPLY_FAILED, path + " is not a file");
     if (stat(JOBS, &file) != 0 || !S_ISDIR(file.st_mode))
-        fail(APPLY_FAILED, "the upload daemon has not made " + std::string(JOBS) +
-                               ", where it looks for jobs; it does when it starts");
+        fail(APPLY_FAILED,
+             "no folder " + std::string(JOBS) + "; the upload daemon creates it when it starts");
     if (smbu_add_recovery_job(path.c_str()) != 0)
-        fail(APPLY_FAILED, "the job for " + path + " cannot be made: " + std::strerror(errno));
+        fail(APPLY_FAILED, "the job for " + path + " cannot be created: " + std::strerror(errno));
     call.done["job"] = std::string(JOBS) + "/" + name.substr(0, name.rfind('.')) + ".rcy";
 }
 

@@ -1,4 +1,4 @@
-// What a word or a stored value may be.
+// The valid values of words and stored settings.
 
 #include "cfgctl.h"
 
@@ -16,9 +16,9 @@ namespace cfgctl
 namespace
 {
 
-constexpr const char *UNSAFE = "has a character that a shell acts on";
+constexpr const char *UNSAFE = "has a character that is special to a shell";
 
-// Whether the supplicant takes a "#" in a quoted text for a comment.
+// Whether the supplicant reads a "#" in a quoted text as a comment.
 bool cut_at_hash(const std::string &text)
 {
     bool inside = true;
@@ -35,12 +35,12 @@ bool is_control(char c)
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
 
-// What makes the supplicant refuse its whole file, or read another text from it.
+// Why the supplicant would reject its whole file or read a different text.
 std::string unquotable(const std::string &text)
 {
     if (text.find('\n') != std::string::npos)
         return "has a line feed";
-    return cut_at_hash(text) ? "has a # behind a double quote" : "";
+    return cut_at_hash(text) ? "has a # after a double quote" : "";
 }
 
 std::string fault_of_key(const std::string &key)
@@ -49,14 +49,14 @@ std::string fault_of_key(const std::string &key)
     if (key.size() < 8 && could_be_wep(key.c_str()) == 0)
         return "takes ";
     if (key.size() == 64 && !digits)
-        return "has 64 characters and is not hexadecimal";
+        return "has 64 characters but is not hexadecimal";
     if (key.size() >= 8 && std::any_of(key.begin(), key.end(), is_control))
         return "has a control character";
     return unquotable(key);
 }
 
-// Whether the table of zones has no row that begins with the name. A firmware
-// without a table takes any.
+// Whether no row of the zone table begins with the name. Without a table, every
+// name is valid.
 bool is_unknown_zone(const std::string &name)
 {
     FILE *table = std::fopen("/etc_ro/time_zone", "re");
@@ -91,7 +91,7 @@ bool is_choice(const Word &word, const std::string &text)
     return ("|" + std::string(word.choices) + "|").find("|" + text + "|") != std::string::npos;
 }
 
-// What is wrong with a text of good length; "takes " when the word says it.
+// What is wrong with a text of valid length; "takes " to print what the word takes.
 std::string fault_of_text(const Word &word, const std::string &text)
 {
     using cfg_set::harmless;
@@ -101,7 +101,7 @@ std::string fault_of_text(const Word &word, const std::string &text)
     case SERVER:
         return harmless(text.c_str(), cfg_set::SERVER_WORD)
                    ? ""
-                   : "has a character that a shell acts on, or begins as an option does";
+                   : "has a character that is special to a shell, or begins with -";
     case ZONE:
         return !harmless(text.c_str(), cfg_set::ZONE_WORD) ? UNSAFE
                : is_unknown_zone(text)                     ? "is not in /etc_ro/time_zone"

@@ -24,7 +24,7 @@ struct Watched {
     int file;
     uint64_t total; // 0 when not known
     uint64_t done = 0;
-    Clock::time_point next = Clock::now() + PATIENCE; // when the bar is drawn again
+    Clock::time_point next = Clock::now() + PATIENCE; // time to redraw the bar
     bool drawn = false;
 };
 
