@@ -1,6 +1,6 @@
 # 32-bit ARM, hard float, musl: Debian's cross compiler with the C library of
 #     dpkg --add-architecture armhf && apt-get update && apt-get install musl-dev:armhf
-# C and the library, which needs nothing else of C++; not programs in C++.
+# Builds C programs and the library, but no other C++ programs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)

@@ -35,8 +35,7 @@ add_library(cfg_set
     upload/upload.cpp)
 add_library(cfg_set::cfg_set ALIAS cfg_set)
 
-# Users in the build tree see the headers, and no more, under the names that they
-# have installed.
+# Users in the build tree see only the headers, under their installed names.
 set(public ${CMAKE_CURRENT_BINARY_DIR}/include)
 file(MAKE_DIRECTORY ${public}/cfg_set)
 file(CREATE_LINK ${PROJECT_SOURCE_DIR}/cfg_set.h ${public}/cfg_set.h SYMBOLIC)
@@ -45,16 +44,15 @@ target_include_directories(cfg_set PRIVATE ${PROJECT_SOURCE_DIR}
     PUBLIC $<BUILD_INTERFACE:${public}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_options(cfg_set PRIVATE
     -fno-exceptions -fno-rtti -ffunction-sections -fdata-sections)
-# Times past 2038 where a 32-bit C library has the choice; no public type
-# depends on it.
+# Times past 2038 if a 32-bit C library offers them; no public type depends on it.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(CFG_SET_WIDE_TIME _TIME_BITS=64 _FILE_OFFSET_BITS=64)
 endif()
 target_compile_definitions(cfg_set_options INTERFACE ${CFG_SET_WIDE_TIME})
 target_link_libraries(cfg_set PRIVATE $<BUILD_INTERFACE:cfg_set_options>)
 
-# The library's calls of its own functions stay inside it, whatever functions
-# of these names the program has.
+# The library always calls its own functions, even if the program has functions of
+# the same names.
 check_linker_flag(C -Wl,-Bsymbolic-functions CFG_SET_HAVE_BSYMBOLIC)
 if(CFG_SET_HAVE_BSYMBOLIC)
   target_link_options(cfg_set PRIVATE -Wl,-Bsymbolic-functions)
@@ -66,8 +64,8 @@ if(CFG_SET_GC_SECTIONS)
   target_link_options(cfg_set INTERFACE -Wl,--gc-sections)
 endif()
 
-# No C++ run time: the C driver links, and nothing of C++ is implied. The
-# firmware supplies the platform's symbols, so some stay undefined here.
+# No C++ run time: the C driver links. The firmware supplies the platform's symbols,
+# so they stay undefined here.
 set(CMAKE_CXX_IMPLICIT_LINK_LIBRARIES "")
 set_target_properties(cfg_set PROPERTIES
     CXX_VISIBILITY_PRESET hidden
@@ -75,7 +73,7 @@ set_target_properties(cfg_set PROPERTIES
     SOVERSION ${PROJECT_VERSION_MAJOR}
     LINKER_LANGUAGE C)
 
-# What is exported, and the version of the interface that brought it.
+# The exported symbols and their interface versions.
 set(version_script ${CMAKE_CURRENT_LIST_DIR}/cfg_set.map)
 target_link_options(cfg_set PRIVATE -Wl,--version-script=${version_script})
 set_property(TARGET cfg_set PROPERTY LINK_DEPENDS ${version_script})
@@ -84,7 +82,7 @@ if(NOT CFG_SET_INSTALL)
   return()
 endif()
 
-# Components: runtime is what a device carries, dev what a compiler reads.
+# Components: runtime is for the device, dev for the compiler.
 install(TARGETS cfg_set EXPORT cfg_set_targets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
@@ -100,8 +98,8 @@ write_basic_package_version_file(cfg_set-config-version.cmake COMPATIBILITY Same
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cfg_set-config-version.cmake
     DESTINATION ${package_dir} COMPONENT dev)
 
-# The .pc file finds the rest from where it lies itself. It names folders that do
-# not move with it, and all of them where its prefix is given.
+# The .pc file names folders relative to itself; absolute ones, and all of them
+# with CFG_SET_PC_PREFIX, in full.
 set(pc_libdir "\${pcfiledir}/..")
 set(pc_includedir ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 if(CFG_SET_PC_PREFIX)

@@ -1,4 +1,4 @@
-# Target lint: formatting, clang-tidy, cppcheck and shellcheck, each file again
+# Target lint: formatting, clang-tidy, cppcheck and shellcheck. Checks a file again
 # only when it or a header changed.
 cfg_set_need(CLANG_FORMAT clang-format clang-format)
 cfg_set_need(CLANG_TIDY clang-tidy clang-tidy)
@@ -55,15 +55,15 @@ lint(cppcheck "${all_sources};${all_headers}"
     --inline-suppr --suppress=preprocessorErrorDirective --library=googletest
     -I . ${sources})
 lint(shellcheck "${all_scripts}" ${SHELLCHECK} -x ${scripts})
-list(FILTER sources EXCLUDE REGEX "^tests/consumer/") # a project of its own
+list(FILTER sources EXCLUDE REGEX "^tests/consumer/") # a separate project
 foreach(source IN LISTS sources)
   string(REPLACE "/" "." name ${source})
   lint(${name} "${PROJECT_SOURCE_DIR}/${source};${all_headers};${PROJECT_SOURCE_DIR}/.clang-tidy"
-      sh -c "\"$0\" \"$@\" 2>/dev/null" # where it only counts what it left out
+      sh -c "\"$0\" \"$@\" 2>/dev/null" # it only counts suppressed warnings there
       ${CLANG_TIDY} --quiet -p ${PROJECT_BINARY_DIR} ${source})
 endforeach()
 
 get_property(all_stamps GLOBAL PROPERTY lint_stamps)
 add_custom_target(lint DEPENDS ${all_stamps})
-add_dependencies(lint docs) # that the reference can be made of the header
+add_dependencies(lint docs) # checks that the reference builds from the header
 add_dependencies(lint cfgctl harness) # their precompiled headers

@@ -1,4 +1,4 @@
-# Debian packages, made by cpack from a shared build; scripts/packages does it.
+# Debian packages, made by cpack from a shared build; see scripts/packages.
 if(NOT BUILD_SHARED_LIBS)
   return()
 endif()
@@ -17,7 +17,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# Times are SOURCE_DATE_EPOCH's. What is not released sorts before its release.
+# SOURCE_DATE_EPOCH sets the times. An unreleased version sorts before its release.
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 file(STRINGS CHANGELOG.md unreleased REGEX "^## ${PROJECT_VERSION}, not released yet")
 if(unreleased)
@@ -25,7 +25,7 @@ if(unreleased)
   string(APPEND CPACK_PACKAGE_VERSION "~git${today}")
 endif()
 
-# CMake 3.31 writes the field; before it, behind the section.
+# CMake 3.31 writes the field; older versions need it after the section.
 if(CMAKE_VERSION VERSION_LESS 3.31)
   set(multiarch "\nMulti-Arch: same")
 endif()
@@ -65,7 +65,7 @@ if(CMAKE_CROSSCOMPILING)
   list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS /usr/${CMAKE_LIBRARY_ARCHITECTURE}/lib)
 endif()
 
-# Every package's own folder of documents.
+# Every package has its own folder of documents.
 string(TIMESTAMP changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(packaging/debian/changelog.in debian/changelog @ONLY)
 execute_process(COMMAND gzip -9nf debian/changelog WORKING_DIRECTORY ${PROJECT_BINARY_DIR})

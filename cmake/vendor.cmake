@@ -1,4 +1,4 @@
-# A vendor's toolchain: what stands before and behind "gcc" in its compiler's name,
+# A vendor's toolchain: CROSS and CROSS_SUFFIX surround "gcc" in its compiler's name,
 #     cmake --preset release-vendor -DCROSS=/opt/vendor/bin/arm-vendor-linux-
 # Add its -march or --sysroot to CMAKE_CXX_FLAGS_INIT where the compiler does not imply it.
 set(CMAKE_SYSTEM_NAME Linux)

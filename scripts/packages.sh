@@ -1,13 +1,13 @@
 # shellcheck shell=bash
 # Sourced by the scripts that install what they need.
 
-# retried COMMAND...: up to three times: a mirror may be between two states.
+# retried COMMAND...: tries up to three times, since a mirror may be mid-update.
 retried() {
     "$@" || { sleep 5 && "$@"; } || { sleep 20 && "$@"; }
 }
 
-# packages NAME:WHY...: installs the Debian packages that are missing. Fails
-# after a report that says what to do.
+# packages NAME:WHY...: installs missing Debian packages. On failure, reports what
+# to do.
 packages() {
     local entry missing=() as_root=()
     for entry; do
@@ -25,14 +25,14 @@ packages() {
     return 1
 }
 
-# For packages(), whose variables it uses. An old index may still do.
+# Part of packages(), whose variables it uses. An old index may be good enough.
 install_packages() {
     "${as_root[@]}" apt-get -qq update || true
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# The Debian archive that apt has here.
+# The Debian archive that apt uses here.
 mirror() {
     # shellcheck disable=SC2016 # apt fills it in
     apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | awk '!/security/ && !found++'
@@ -43,10 +43,10 @@ own_release() {
     (. /etc/os-release && echo "$VERSION_CODENAME")
 }
 
-# index RELEASE FOLDER ARCHITECTURE...: the release's index in an apt state of
-# its own: `apt-get -c FOLDER/conf` uses it. Fails when it cannot be had whole;
-# the last line of FOLDER/log then says why. In the index of a release that
-# CFG_SET_CUT_INDEX lists the last byte is missing.
+# index RELEASE FOLDER ARCHITECTURE...: fetches the release's index into a separate
+# apt state: `apt-get -c FOLDER/conf` uses it. Fails when the index is incomplete;
+# the last line of FOLDER/log is the reason. Cuts the last byte off the indexes of
+# releases in CFG_SET_CUT_INDEX.
 index() {
     local release=$1 folder=$2 trust=signed-by=/usr/share/keyrings/debian-archive-keyring.gpg archive
     shift 2
@@ -80,8 +80,8 @@ END
     logged "$folder/log" apt-get -qq -c "$folder/conf" update
 }
 
-# logged LOG COMMAND...: retried, with all that it prints in LOG. Its first error
-# becomes the last line there when it fails.
+# logged LOG COMMAND...: retried, with all output in LOG. On failure, the first error
+# becomes the last line of LOG.
 logged() {
     retried "${@:2}" >"$1" 2>&1 || {
         { grep -m 1 '^E: ' "$1" || tail -n 1 "$1"; } | sed 's/^E: //; s/ \[IP: .*//' >"$1.last"
@@ -90,7 +90,7 @@ logged() {
     }
 }
 
-# What building the desk camera takes.
+# For the desk camera.
 # shellcheck disable=SC2034
 build_packages=(
     "g++:compiles the library and the desk camera"
@@ -104,7 +104,7 @@ build_packages=(
     "tzdata:the camera's zone files"
 )
 
-# What the benchmarks compare with; building them takes all of it.
+# References for the benchmarks; their build needs all of them.
 # shellcheck disable=SC2034
 bench_packages=(
     "zlib1g-dev:hashes too"
@@ -113,7 +113,7 @@ bench_packages=(
     "liblmdb-dev:keeps events too"
 )
 
-# What the tests of this machine take, sanitized ones and lint among them.
+# For the tests on this machine, with sanitizers and lint.
 # shellcheck disable=SC2034
 test_packages=(
     "googletest:the tests"
@@ -132,7 +132,7 @@ test_packages=(
     "abigail-tools:compares the binary interface with the one promised"
 )
 
-# What the tests on emulated 32-bit ARM take.
+# For the tests on emulated 32-bit ARM.
 # shellcheck disable=SC2034
 arm_packages=(
     "g++-arm-linux-gnueabihf:compiles for the camera"

@@ -1,14 +1,13 @@
-# judge.awk: whether a boot found what the life before it had acknowledged.
-# awk -v token=TOKEN -v settled=MS -f judge.awk BEFORE AFTER, the two consoles.
-# What was acknowledged longer than MS before the last sign of life must be
-# there: a state of the ring from then on, and none that had not begun. Prints
-# what it is, "well" or "NOT SO" first.
+# judge.awk: checks that a boot found what was acknowledged before the power cut.
+# awk -v token=TOKEN -v settled=MS -f judge.awk BEFORE AFTER: the two consoles.
+# Changes acknowledged more than MS before the last output must be there; later
+# ones may be, if they had begun. Prints "well" or "NOT SO", then the state.
 function without(items, count) {
     while (count-- > 0)
         sub(/^ [0-9.]+/, "", items)
     return items
 }
-$1 != token || !sub(/\r$/, "") { next } # of another, or cut
+$1 != token || !sub(/\r$/, "") { next } # another program's line, or a cut one
 FNR == NR && $3 ~ /^[0-9]+$/ && $3 > last { last = $3 }
 FNR != NR && $2 == "value" { sub(/^[^ ]+ value /, ""); value = $0 }
 FNR == NR && $2 == "value" { saved = saving = $3 }
@@ -37,11 +36,11 @@ END {
         low = k
     found = -1
     for (k = begun; k >= low && found < 0; k--) {
-        open_end = sub(/\*$/, "", state[k]) # begun, not acknowledged: its second is not known
+        open_end = sub(/\*$/, "", state[k]) # begun, not acknowledged: its time is unknown
         if (open_end ? match(events, /[0-9]+$/) && substr(events, 1, RSTART - 1) == state[k] : events == state[k])
             found = k
     }
-    # The loader removes what it refuses, which is a write, too.
+    # The loader removes a ring that it rejects, which is also a write.
     cut = begun > low || before == "refused" && low == 0 ? "within a write" : "between writes"
     if (left == "whole" && events == "" && found < 0)
         left = "zeros"

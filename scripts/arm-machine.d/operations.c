@@ -1,14 +1,14 @@
-/* What the machine is measured and put under load with.
+/* Measures the machine and puts load on it.
  *
  * operations        starts and ends
- * operations calls  makes each call between two of getppid, which nothing else makes
- * operations smaps  prints after them what the kernel says of the process's memory
+ * operations calls  makes each call between two calls of getppid as marks
+ * operations smaps  makes the calls, then prints /proc/self/smaps
  * operations ring TOKEN
- *                   tells what a power cut left of the ring, then changes it without
- *                   end, in bursts; says so before each change and after it
+ *                   reports what a power cut left of the ring, then changes it in bursts
+ *                   without end; reports each change before and after it
  * operations clock SECONDS
- *                   sets the clock, also to a time that the kernel does not take from
- *                   a 32-bit machine's clock chip: one after January 2038
+ *                   sets the clock, also to times after January 2038, which the kernel
+ *                   of a 32-bit machine does not take from the clock chip
  */
 #define _POSIX_C_SOURCE 200809L /* NOLINT(bugprone-reserved-identifier): POSIX's own name */
 #include "cfg_set.h"
@@ -22,7 +22,7 @@
 #include <time.h>
 #include <unistd.h>
 
-/* The firmware's store: nothing here needs more of it. */
+/* A minimal firmware store. */
 int param_get(const char *key, char *buffer, unsigned int size)
 {
     (void)key;
@@ -35,7 +35,7 @@ int param_get(const char *key, char *buffer, unsigned int size)
 static void call_each(void)
 {
     struct EventQueueEntry event;
-    cfg_enqueueEvent(1); /* the first call makes the ring */
+    cfg_enqueueEvent(1); /* the first call creates the ring */
     COUNTED(cfg_enqueueEvent(1));
     COUNTED(cfg_getEvent(0, &event));
     COUNTED(cfg_dequeueEvent(1));

@@ -1,9 +1,9 @@
 SUMMARY = "Configuration and device control of a Wi-Fi camera"
 SECTION = "libs"
-# No licence has been chosen yet.
+# There is no licence yet.
 LICENSE = "CLOSED"
 
-# The source is the tree that this layer lies in; its header has the version.
+# The source is the tree that contains this layer; its header has the version.
 inherit cmake externalsrc
 EXTERNALSRC = "${@os.path.realpath('${THISDIR}/../../../..')}"
 PV = "${@cfg_set_version(d)}"
@@ -15,7 +15,7 @@ def cfg_set_version(d):
 
 EXTRA_OECMAKE = "-DBUILD_TESTING=OFF -DBUILD_SHARED_LIBS=ON -DCFG_SET_PC_PREFIX=${prefix}"
 
-# The path of the firmware's platform library builds the package cfgctl.
+# With the path of the firmware's platform library, builds the package cfgctl.
 CFG_SET_PLATFORM ?= ""
 DEPENDS += "${@'nlohmann-json' if d.getVar('CFG_SET_PLATFORM') else ''}"
 EXTRA_OECMAKE += "-DCFG_SET_PLATFORM=${CFG_SET_PLATFORM}"
