@@ -196,7 +196,7 @@ TEST_F(CfgctlTest, SettingsAreStoredAppliedAndSaved)
         {"set io_mic_enable 1x", 2, "", "not 1x"}, {"set a b c", 2, "", "set takes KEY=VALUE"},
         {"set alert_email_account " + bytes(256), 2, "", "takes at most 255 characters"},
         {"set orb_privacy_mode_enable 2147483648", 2, "", "from 0 to 2147483647"},
-        {"set speaker_volume 3", 2, "", "knows the key speaker_volume; did you mean io_sp"},
+        {"set speaker_volume 3", 2, "", "unknown key speaker_volume; did you mean io_sp"},
         {"set " + mine + " 1 --force", 0, "", "", "store set " + mine + "=1; store saved"},
         {"unset " + mine, 0, "", "", "store unset " + mine + "; store saved"},
         {"unset " + mine, 1, "", "is not stored"}, {"set " + mine + " 1", 2, "", "mine; --force"},
@@ -342,12 +342,12 @@ TEST_F(CfgctlTest, MonitorPrintsMessagesAndIsSeen)
         "cfgctl monitor --type 7 >/tmp/seen 2>/tmp/said & first=$!\n"
         "until_filled /var/run/monitor.pid; cp /var/run/monitor.pid /tmp/pid\n"
         "cfgctl rec 1; until_filled /tmp/seen; cfgctl set alert_pir_enable 1\n"
-        "cfgctl monitor --type 2 --count 1 >/tmp/other 2>&1 & echo -n process $! takes; wait $!\n"
+        "cfgctl monitor --type 2 --count 1 >/tmp/other 2>&1 & echo -n process $!; wait $!\n"
         "until_filled /tmp/said; kill $first; wait $first");
     EXPECT_EQ(ended.result, 128 + SIGTERM) << ended.err;
     EXPECT_GT(std::atoi(read_file("/tmp/pid").c_str()), 1);
     EXPECT_THAT(read_file("/tmp/seen"), HasSubstr("type 7 command 1 value 0: recording\n"));
-    EXPECT_EQ(read_file("/tmp/said"), "cfgctl: " + ended.out + " messages too: each goes to one\n");
+    EXPECT_EQ(read_file("/tmp/said"), "cfgctl: " + ended.out + " also takes messages; each goes to only one\n");
     EXPECT_NE(access("/var/run/monitor.pid", F_OK), 0);
     check({
         {"cfgctl rec 1; echo $PPID >/var/run/monitor.pid -> monitor --count 1", 0, "~type 7",
@@ -379,7 +379,7 @@ TEST_F(CfgctlTest, EventsAreAddedListedAndDropped)
     check({
         {"events dump /tmp/copy", 0, "head 511, tail 1, count 2\nINDEX  TIME (UTC)           TYPE\n"
          "0      2014-01-01 00:00:00  3\n1      2014-01-01 00:00:01  2\n"},
-        {"events dump /tmp/bad --json", 1, R"(~"valid": false,"head": 4294967295,)", "refused"},
+        {"events dump /tmp/bad --json", 1, R"(~"valid": false,"head": 4294967295,)", "is invalid"},
         {"events dump /tmp/cut", 1, "", "it has 4107 of 4108 bytes"},
     });
     shmctl(shmget(cfg_set::EVENT_SHM_KEY, 0, 0), IPC_RMID, nullptr);
