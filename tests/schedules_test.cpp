@@ -8,10 +8,10 @@ using namespace doubles;
 using SchedulesTest = LibraryTest;
 
 // clang-format off
-static std::string key(const std::string &list, int slot) { return list + (slot < 10 ? "0" : "") + word(slot); }
+static std::string key(Text list, int slot) { return list + (slot < 10 ? "0" : "") + word(slot); }
 
 // The calls of a setter that stores `values`, and its signal.
-static Calls stored(const std::string &list, const Calls &values, const std::string &signal)
+static Calls stored(Text list, const Calls &values, Text signal)
 {
     Calls made;
     for (int i = 0; i < (list == "sched" ? 9 : 7); i++)
@@ -21,7 +21,7 @@ static Calls stored(const std::string &list, const Calls &values, const std::str
     return made + Calls{"system " + signal};
 }
 
-static alarm_clock_entry alarm_clock(const std::string &text)
+static alarm_clock_entry alarm_clock(Text text)
 {
     alarm_clock_entry entry{1, 127, 1440, ""};
     text.copy(entry.text, sizeof entry.text);
@@ -66,10 +66,10 @@ static const alarm_clock_entry CLOCK_WAS = {90, 91, 92, "was"};
 TEST_F(SchedulesTest, ChecksNameTheFirstBadFieldOfTheFirstBadEntry)
 {
     const uint32_t minus = UINT32_MAX;
-    const auto schedule = [](const sched_entry &entry, int result, const std::string &text) {
+    const auto schedule = [](const sched_entry &entry, int result, Text text) {
         check({{CALL_AS(sched_check_config, checked(sched_check_config, GOOD, entry)), result, {}, text}});
     };
-    const auto clock = [](const alarm_clock_entry &entry, int result, const std::string &text) {
+    const auto clock = [](const alarm_clock_entry &entry, int result, Text text) {
         check({{CALL_AS(alarm_check_config, checked(alarm_check_config, alarm_clock(""), entry)), result, {}, text}});
     };
     schedule(GOOD, 0, "");
@@ -136,14 +136,17 @@ TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
         {two_clocks, CLOCKS(7), "0 2: 1 91 92 was: 2 91 92 was", {}, fail},
     };
     for (const auto &[text, read] : Given{
-             {"1,-2,3,4,5,6,7", "1 -2 3 4 5 6 7"}, {"1,2,3,4,5,6,7,8,9", "1 2 3 4 5 6 7"}, {"1,2", "1 2 92 93 94 95 96"},
-             {"1,2,", "1 2 92 93 94 95 96"}, {"1,,3", "1 91 92 93 94 95 96"}, {"1 ,2", "1 91 92 93 94 95 96"},
-             {" 1,\n+2,x", "1 2 92 93 94 95 96"}, {"1;2", "1 91 92 93 94 95 96"}, {std::string(300, '9'), "2147483647 91 92 93 94 95 96"},
+             {"1,-2,3,4,5,6,7", "1 -2 3 4 5 6 7"}, {"1,2,3,4,5,6,7,8,9", "1 2 3 4 5 6 7"},
+             {"1,2", "1 2 92 93 94 95 96"}, {"1,2,", "1 2 92 93 94 95 96"},
+             {"1,,3", "1 91 92 93 94 95 96"}, {"1 ,2", "1 91 92 93 94 95 96"},
+             {" 1,\n+2,x", "1 2 92 93 94 95 96"}, {"1;2", "1 91 92 93 94 95 96"},
+             {std::string(300, '9'), "2147483647 91 92 93 94 95 96"},
              {"-1,2147483648,-2147483649,4294967297", "-1 2147483647 -2147483648 2147483647 94 95 96"}})
         rows.push_back({{{"sched00", text}}, SCHEDULES(1), "0 1: " + read});
     for (const auto &[text, read] : Given{
-             {"1,2,3,a,b", "1 2 3 a,b"}, {"1,2,3,", "1 2 3 was"}, {"1,2,3", "1 2 3 was"}, {"1,2,3x,a", "1 2 3 was"},
-             {"1,2,3;a", "1 2 3 was"}, {"1,2,3,\na", "1 2 3 was"}, {"1,2,3, a\nb", "1 2 3  a"}, {"1,2", "1 2 92 was"},
+             {"1,2,3,a,b", "1 2 3 a,b"}, {"1,2,3,", "1 2 3 was"}, {"1,2,3", "1 2 3 was"},
+             {"1,2,3x,a", "1 2 3 was"}, {"1,2,3;a", "1 2 3 was"}, {"1,2,3,\na", "1 2 3 was"},
+             {"1,2,3, a\nb", "1 2 3  a"}, {"1,2", "1 2 92 was"},
              {"-1,2,3," + std::string(600, 't'), "-1 2 3 " + std::string(504, 't')}})
         rows.push_back({{{"clock00", text}}, CLOCKS(1), "0 1: " + read});
     // A caller's room for more than there can be keys.

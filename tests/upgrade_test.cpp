@@ -17,11 +17,14 @@ using UpgradeTest = LibraryTest;
 
 TEST_F(UpgradeTest, OnlyNewerVersionsAreNew)
 {
-    for (const char *version : {"v5.0.45", "v5.1.0", "v6.0.0", "v5.1.-1", "v10.0.0", "v5.0.45-rc1", "v5.0.45.1", "v5.0.045", "v 5. 0.\t+45",
-             "v2147483647.0.0", "v4294967301.0.0", "v99999999999999999999.0.0"})
+    for (const char *version : {
+             "v5.0.45", "v5.1.0", "v6.0.0", "v5.1.-1", "v10.0.0", "v5.0.45-rc1", "v5.0.45.1",
+             "v5.0.045", "v 5. 0.\t+45", "v2147483647.0.0", "v4294967301.0.0", "v99999999999999999999.0.0"})
         EXPECT_EQ(cfg_isNewVersion(version), 0) << version;
-    for (const char *version : {"v5.0.44", "v5.0.9", "v4.9.99", "5.0.45", "v5.0.44.9", "v-6.0.0", "v5.0.-45", "v-99999999999999999999.9.9",
-             "", "v", "v6", "v6.", "v6.0", "v6.0.", "v6.0.x", "v6,0,0", "v6 .0.0", "V6.0.0", " v6.0.0", "vv6.0.0", "v6.-.0"})
+    for (const char *version : {
+             "v5.0.44", "v5.0.9", "v4.9.99", "5.0.45", "v5.0.44.9", "v-6.0.0", "v5.0.-45", "v6.-.0",
+             "", "v", "v6", "v6.", "v6.0", "v6.0.", "v6.0.x", "v6,0,0", "v6 .0.0", "V6.0.0", " v6.0.0",
+             "vv6.0.0", "v-99999999999999999999.9.9"})
         EXPECT_EQ(cfg_isNewVersion(version), -1) << version;
 }
 
@@ -39,38 +42,35 @@ static std::string into(int (*function)(char *, uint32_t), uint32_t size)
     return words(result, text);
 }
 
-static std::string firmware(uint32_t size = 64)
-{
-    return into(cfg_verifyDownloadedFw, size);
-}
-
+#define FIRMWARE(size) CALL_AS(cfg_verifyDownloadedFw, into(cfg_verifyDownloadedFw, size))
 #define SPEECH(size) CALL_AS(cfg_verifyDownloadedSpeech, into(cfg_verifyDownloadedSpeech, size))
 
 TEST_F(UpgradeTest, Downloads)
 {
-    const std::string DAT = "/mnt/sdcard/upgrade/upgrade.dat", BIN = "/mnt/sdcard/upgrade/upgrade.bin";
-    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech", longest = "v5.1.0 " + std::string(56, 'x');
-    const std::string version = "speech_version", language = "lang_name", digits = "123456789012345", letters = "abcdefghijklmno";
+    const std::string upgrade = "/mnt/sdcard/upgrade/upgrade.", DAT = upgrade + "dat", BIN = upgrade + "bin";
+    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech";
+    const std::string longest = "v5.1.0 " + std::string(56, 'x'), version = "speech_version", language = "lang_name";
+    const std::string digits = "123456789012345", letters = "abcdefghijklmno", long_name = digits + "_" + letters;
     const std::string gone = "sTarPath have be remove. To sure really tar finished ";
     const std::string again = "download ok but tar is fail, Need again";
     const std::string tar = folder + "EN/speech/speech12_EN.tar";
-    const auto has = [&](const std::string &stored, const std::string &name, const std::string &file = "/tmp/1",
-                         const std::string &other = "/tmp/2") {
+    const auto has = [&](Text stored, Text name, Text file = "/tmp/1", Text other = "/tmp/2") {
         return Given{{version, stored}, {language, name}, {file, ""}, {other, ""}};
     };
-    const Calls both = {"removed " + BIN, "removed " + DAT}, read = {"speech_version 16", "lang_name 16"};
+    const auto holds = [&](Text text) { return Given{{DAT, text}, {BIN, ""}}; };
+    const Calls both = {"removed " + BIN, "removed " + DAT}, read = {version + " 16", language + " 16"};
     check({
-        {{{DAT, "v5.1.0\n"}, {BIN, ""}}, CALL(firmware()), "0 v5.1.0|"},
-        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(firmware(4)), "0 v5.|"},
-        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(firmware(0)), "0 "},
-        {{{DAT, "v5.1.0"}, {BIN, ""}}, CALL(cfg_verifyDownloadedFw(nullptr, 9)), 0},
-        {{{DAT, "v5.1.0 \r\nv1.0.0\n"}, {BIN, ""}}, CALL(firmware()), "0 v5.1.0 \r|"},
-        {{{DAT, longest + "yz\n"}, {BIN, ""}}, CALL(firmware(99)), "0 " + longest + "|"},
-        {{{DAT, "v5.1.0\n"}}, CALL(firmware()), "-1 |", {"removed " + DAT}},
-        {{{BIN, ""}}, CALL(firmware()), "-1 |", {"removed " + BIN}},
-        {{{DAT, "v5.0.44\n"}, {BIN, ""}}, CALL(firmware()), "-1 |", both},
-        {{{DAT, "\nv5.1.0\n"}, {BIN, ""}}, CALL(firmware(1)), "-1 |", both},
-        {{{DAT, ""}, {BIN, ""}}, CALL(firmware(0)), "-1 ", both},
+        {holds("v5.1.0\n"), FIRMWARE(64), "0 v5.1.0|"},
+        {holds("v5.1.0"), FIRMWARE(4), "0 v5.|"},
+        {holds("v5.1.0"), FIRMWARE(0), "0 "},
+        {holds("v5.1.0"), CALL(cfg_verifyDownloadedFw(nullptr, 9)), 0},
+        {holds("v5.1.0 \r\nv1.0.0\n"), FIRMWARE(64), "0 v5.1.0 \r|"},
+        {holds(longest + "yz\n"), FIRMWARE(99), "0 " + longest + "|"},
+        {{{DAT, "v5.1.0\n"}}, FIRMWARE(64), "-1 |", {"removed " + DAT}},
+        {{{BIN, ""}}, FIRMWARE(64), "-1 |", {"removed " + BIN}},
+        {holds("v5.0.44\n"), FIRMWARE(64), "-1 |", both},
+        {holds("\nv5.1.0\n"), FIRMWARE(1), "-1 |", both},
+        {holds(""), FIRMWARE(0), "-1 ", both},
         {CALL(cfg_verifyDownloadedFw(nullptr, 9)), -1},
 
         {has("12", "EN"), SPEECH(16), "0 EN|", {}, "", read},
@@ -82,8 +82,8 @@ TEST_F(UpgradeTest, Downloads)
             "[cfg_verifyDownloadedSpeech #]Can not get  SPEECH_VERSION\n" + gone},
         {{{language, "de"}, {download + "_de.tgz", ""}}, SPEECH(16), "-1 de|", {}, gone, read},
         {{{version, "12"}, {download + "12_.tgz", ""}}, SPEECH(16), "0 |"},
-        {has(digits, letters, download + digits + "_" + letters + ".tgz",
-             folder + letters + "/speech/speech" + digits + "_" + letters + ".tar"), SPEECH(16), "0 " + letters + "|", {}, again},
+        {has(digits, letters, download + long_name + ".tgz", folder + letters + "/speech/speech" + long_name + ".tar"),
+            SPEECH(16), "0 " + letters + "|", {}, again},
     });
 }
 
@@ -108,11 +108,12 @@ TEST_F(UpgradeTest, MusicPlaysWhileItsMarkerHoldsSomething)
 TEST_F(UpgradeTest, Processes)
 {
     const std::string LIST = "ps | awk '{ print $1 }'", PARENTS = "ps -l | awk '{ print $4}'";
-    const std::string WIFI = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'", left = "left open " + WIFI, wait = "popen " + PARENTS;
-    const std::string self = word(getpid()), blanks(27, ' '), zeros(29, '0'), term = "! | send SIGTERM to pid ";
+    const std::string WIFI = "ps | awk '$5==\"[RTW_CMD_THREAD]\" {print $1}'";
+    const std::string left = "left open " + WIFI, wait = "popen " + PARENTS, self = word(getpid());
+    const std::string blanks(27, ' '), zeros(29, '0'), term = "! | send SIGTERM to pid ";
     const std::string failed = "popen fail errno[12][Cannot allocate memory]";
-    const Calls begin = {"system killall watchdog; disable_watchdog", "system echo \"\" > /proc/sys/kernel/hotplug",
-                         "popen " + LIST, "popen " + WIFI};
+    const Calls begin = {"system killall watchdog; disable_watchdog",
+        "system echo \"\" > /proc/sys/kernel/hotplug", "popen " + LIST, "popen " + WIFI};
     Calls twenty;
     std::string reports = "iPidRTW = 0", failures = reports;
     for (int attempt = 1; attempt <= 20; attempt++) {
@@ -120,7 +121,7 @@ TEST_F(UpgradeTest, Processes)
         reports += "\ndwCount: 3\nretry: " + word(attempt);
         failures += "\n" + failed + "\nretry: " + word(attempt);
     }
-    const auto ps = [&](const std::string &list, const std::string &wifi, const std::string &parents) {
+    const auto ps = [&](Text list, Text wifi, Text parents) {
         return Given{{"$ " + LIST, list}, {"$ " + WIFI, wifi}, {"$ " + PARENTS, parents}};
     };
     const Call kill = CALL(cfg_killProcess());
