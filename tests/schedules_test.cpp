@@ -32,11 +32,7 @@ static std::string told(const sched_entry &e)
 {
     return words(int(e.enable), e.param1, e.param2, e.starttime, e.stoptime, e.days, e.repeat);
 }
-
-static std::string told(const alarm_clock_entry &e)
-{
-    return words(int(e.enable), e.wday, e.starttime, std::string(e.text));
-}
+static std::string told(const alarm_clock_entry &e) { return words(int(e.enable), e.wday, e.starttime, e.text); }
 
 // Checks an entry behind a good one and before a bad one, which is not looked at.
 template <typename Entry>
@@ -66,11 +62,12 @@ static const alarm_clock_entry CLOCK_WAS = {90, 91, 92, "was"};
 TEST_F(SchedulesTest, ChecksNameTheFirstBadFieldOfTheFirstBadEntry)
 {
     const uint32_t minus = UINT32_MAX;
-    const auto schedule = [](const sched_entry &entry, int result, Text text) {
-        check({{CALL_AS(sched_check_config, checked(sched_check_config, GOOD, entry)), result, {}, text}});
+    const auto schedule = [](const sched_entry &e, int is, Text text) {
+        check({{CALL_AS(sched_check_config, checked(sched_check_config, GOOD, e)), is, {}, text}});
     };
-    const auto clock = [](const alarm_clock_entry &entry, int result, Text text) {
-        check({{CALL_AS(alarm_check_config, checked(alarm_check_config, alarm_clock(""), entry)), result, {}, text}});
+    const auto clock = [](const alarm_clock_entry &e, int is, Text text) {
+        const alarm_clock_entry good = alarm_clock("");
+        check({{CALL_AS(alarm_check_config, checked(alarm_check_config, good, e)), is, {}, text}});
     };
     schedule(GOOD, 0, "");
     schedule({2, 0, 0, 1441, 1441, 128, 2}, -1, "invalid sched enable 2");
@@ -97,33 +94,37 @@ TEST_F(SchedulesTest, SettersEmptyTheSlotsStoreTheListAndSignal)
     Calls values(100, "0,0,0,0,0,0,0");
     values[0] = "1,-5,-2147483648,1440,0,127,1";
     values[1] = "-1,2,3,4,5,6,7";
-    const Calls two(values.begin(), values.begin() + 2);
-    const std::vector<alarm_clock_entry> alarms = {alarm_clock("a,b"), alarm_clock(""), alarm_clock("c")};
-    const std::string fail = "param_set fail";
-    const Calls texts = {"1,127,1440,a,b", "1,127,1440,"};
-    const std::string reload = "killall -35 ctrl_sched", wake = "killall -SIGUSR1  alarm";
-    const std::vector<alarm_clock_entry> longest = {alarm_clock(std::string(512, 't'))}; // 511 in all
+    const Calls all = stored("sched", values, "killall -35 ctrl_sched");
+    values.resize(2);
+    const Calls two = stored("sched", values, "killall -35 ctrl_sched");
+    const alarm_clock_entry alarms[] = {alarm_clock("a,b"), alarm_clock(""), alarm_clock("c")};
+    const alarm_clock_entry longest[] = {alarm_clock(std::string(512, 't'))}; // 511 in all
     const std::vector<alarm_clock_entry> many(101, alarm_clock("x"));
+    const auto clocks = [](const Calls &a) { return stored("clock", a, "killall -SIGUSR1  alarm"); };
+    const Calls texts = clocks({"1,127,1440,a,b", "1,127,1440,"});
+    const std::string fail = "param_set fail";
     check({
-        {CALL(sched_set_config(100, list.data())), 0, stored("sched", values, reload)},
-        {CALL(sched_set_config(101, list.data())), 0, stored("sched", values, reload), fail},
-        {{}, {"set sched01", "unset sched04"}, CALL(sched_set_config(5, list.data())), 0, stored("sched", two, reload), fail},
-        {CALL(sched_set_config(0, nullptr)), 0, stored("sched", {}, reload)},
-        {{}, {"set clock01", "unset clock01"}, CALL(alarm_set_config(3, alarms.data())), 0, stored("clock", texts, wake), fail},
-        {CALL(alarm_set_config(2, alarms.data())), 0, stored("clock", texts, wake)},
-        {CALL(alarm_set_config(-1, nullptr)), 0, stored("clock", {}, wake)},
-        {CALL(alarm_set_config(1, longest.data())), 0, stored("clock", {"1,127,1440," + std::string(500, 't')}, wake)},
-        {CALL(alarm_set_config(101, many.data())), 0, stored("clock", Calls(100, "1,127,1440,x"), wake), fail},
+        {CALL(sched_set_config(100, list.data())), 0, all},
+        {CALL(sched_set_config(101, list.data())), 0, all, fail},
+        {{}, {"set sched01", "unset sched04"}, CALL(sched_set_config(5, list.data())), 0, two, fail},
+        {CALL(sched_set_config(0, nullptr)), 0, stored("sched", {}, "killall -35 ctrl_sched")},
+        {{}, {"set clock01", "unset clock01"}, CALL(alarm_set_config(3, alarms)), 0, texts, fail},
+        {CALL(alarm_set_config(2, alarms)), 0, texts},
+        {CALL(alarm_set_config(-1, nullptr)), 0, clocks({})},
+        {CALL(alarm_set_config(1, longest)), 0, clocks({"1,127,1440," + std::string(500, 't')})},
+        {CALL(alarm_set_config(101, many.data())), 0, clocks(Calls(100, "1,127,1440,x")), fail},
     });
 }
 
 TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
 {
-    const Given two = {{"sched00", "1"}, {"sched01", "2"}}, two_clocks = {{"clock00", "1"}, {"clock01", "2"}};
-    const std::string fail = "param_get fail", first = "0 1: 1 91 92 93 94 95 96";
+    const Given two = {{"sched00", "1"}, {"sched01", "2"}, {"clock00", "1"}, {"clock01", "2"}};
+    const std::string fail = "param_get fail", rest = " 92 93 94 95 96", first = "0 1: 1 91" + rest;
+    const std::string most = "2147483647";
     std::vector<Row> rows = {
         {SCHEDULES(9), "0 0", {}, fail, {"sched00 256"}},
-        {two, SCHEDULES(9), "0 2: 1 91 92 93 94 95 96: 2 91 92 93 94 95 96", {}, fail, {"sched00 256", "sched01 256", "sched02 256"}},
+        {two, SCHEDULES(9), "0 2: 1 91" + rest + ": 2 91" + rest, {}, fail,
+            {"sched00 256", "sched01 256", "sched02 256"}},
         {{{"sched00", "1"}, {"sched01", ""}, {"sched02", "1"}}, SCHEDULES(9), first},
         {two, SCHEDULES(1), first},
         {two, SCHEDULES(0), "0 0"},
@@ -132,16 +133,14 @@ TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
         {{{"clock00", "x,2,3,a"}}, CLOCKS(1), "0 1"},
         {CLOCKS(7), "0 0", {}, fail, {"clock00 512"}},
         {{{"clock00", ""}, {"clock01", "1"}}, CLOCKS(7), "0 0"},
-        {two_clocks, CLOCKS(1), "0 1: 1 91 92 was"},
-        {two_clocks, CLOCKS(7), "0 2: 1 91 92 was: 2 91 92 was", {}, fail},
+        {two, CLOCKS(1), "0 1: 1 91 92 was"},
+        {two, CLOCKS(7), "0 2: 1 91 92 was: 2 91 92 was", {}, fail},
     };
     for (const auto &[text, read] : Given{
              {"1,-2,3,4,5,6,7", "1 -2 3 4 5 6 7"}, {"1,2,3,4,5,6,7,8,9", "1 2 3 4 5 6 7"},
-             {"1,2", "1 2 92 93 94 95 96"}, {"1,2,", "1 2 92 93 94 95 96"},
-             {"1,,3", "1 91 92 93 94 95 96"}, {"1 ,2", "1 91 92 93 94 95 96"},
-             {" 1,\n+2,x", "1 2 92 93 94 95 96"}, {"1;2", "1 91 92 93 94 95 96"},
-             {std::string(300, '9'), "2147483647 91 92 93 94 95 96"},
-             {"-1,2147483648,-2147483649,4294967297", "-1 2147483647 -2147483648 2147483647 94 95 96"}})
+             {"1,2", "1 2" + rest}, {"1,2,", "1 2" + rest}, {" 1,\n+2,x", "1 2" + rest}, {"1,,3", "1 91" + rest},
+             {"1 ,2", "1 91" + rest}, {"1;2", "1 91" + rest}, {std::string(300, '9'), most + " 91" + rest},
+             {"-1,2147483648,-2147483649,4294967297", "-1 " + most + " -2147483648 " + most + " 94 95 96"}})
         rows.push_back({{{"sched00", text}}, SCHEDULES(1), "0 1: " + read});
     for (const auto &[text, read] : Given{
              {"1,2,3,a,b", "1 2 3 a,b"}, {"1,2,3,", "1 2 3 was"}, {"1,2,3", "1 2 3 was"},
@@ -150,11 +149,11 @@ TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
              {"-1,2,3," + std::string(600, 't'), "-1 2 3 " + std::string(504, 't')}})
         rows.push_back({{{"clock00", text}}, CLOCKS(1), "0 1: " + read});
     // A caller's room for more than there can be keys.
-    Row full = {CALL_AS(sched_get_config, read_over(WAS, sched_get_config, 101).substr(0, 5)), "0 100"}, full_clocks = full;
-    full_clocks.call = CALL_AS(alarm_get_config, read_over(CLOCK_WAS, alarm_get_config, 101).substr(0, 5));
+    Given full;
     for (int i = 0; i < 100; i++)
-        full.given[key("sched", i)] = full_clocks.given[key("clock", i)] = "1";
-    rows.insert(rows.end(), {full, full_clocks});
+        full[key("sched", i)] = full[key("clock", i)] = "1";
+    rows.push_back({full, CALL(read_over(WAS, sched_get_config, 101).substr(0, 5)), "0 100"});
+    rows.push_back({full, CALL(read_over(CLOCK_WAS, alarm_get_config, 101).substr(0, 5)), "0 100"});
     check(rows);
 }
 // clang-format on
