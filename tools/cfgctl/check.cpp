@@ -127,7 +127,7 @@ void check_board(Call &call)
     }
     const bool accepted = cfg_checkBoardId(header) == 0;
     enter(call, "image mask", accepted ? "an image for this board passes" : "no image can pass",
-          accepted ? "" : "give the board a valid id");
+          accepted ? "" : "let 'board boardid' print MODELhMASK, such as xq7h0c");
     std::string names;
     for (const auto &[has, name] : {std::pair(cfg_is_slip_ring_model(), "slip ring"),
                                     {cfg_check_eth_support_by_hwver(), "Ethernet"},
@@ -252,7 +252,8 @@ void check_copies(Call &call)
         std::memcpy(&ring, bytes.data(), sizeof ring);
     const std::string wrong = whole ? ring_fault(ring) : std::to_string(bytes.size()) + " bytes";
     if (!may(EVENT_QUEUE_FILE, F_OK))
-        enter(call, EVENT_QUEUE_FILE, "not made yet");
+        enter(call, EVENT_QUEUE_FILE, "not made yet",
+              may("/mnt/sdcard/video", F_OK) ? "" : "make its folder");
     else
         enter(call, EVENT_QUEUE_FILE, wrong.empty() ? "good" : wrong,
               wrong.empty() ? "" : "a restart deletes it; see cfgctl events dump");

@@ -76,7 +76,7 @@ void prompt(Call &call)
     const std::string language = stored("lang_name").value_or("");
     if (!is_readable("/mnt/sdcard/morvenix/" + language + "/speech/" + name) &&
         !is_readable("/localization/" + language + "/" + name) && !is_readable("/audio/" + name))
-        fail(APPLY_FAILED, "no prompt " + name);
+        fail(APPLY_FAILED, "no prompt " + name + " in /localization/" + language + " or /audio");
     if (voice_prompt(name.c_str()) < 0)
         fail(APPLY_FAILED, "the prompt was not played");
 }

@@ -19,6 +19,7 @@ Json get_schedules(int count)
 {
     std::vector<sched_entry> list(static_cast<size_t>(count));
     sched_get_config(&count, list.data());
+    list.resize(static_cast<size_t>(count));
     Json json = Json::array();
     for (const sched_entry &e : list)
         json.push_back({{"enable", e.enable}, {"param1", e.param1}, {"param2", e.param2},
@@ -42,6 +43,7 @@ Json get_alarm_clocks(int count)
 {
     std::vector<alarm_clock_entry> list(static_cast<size_t>(count));
     alarm_get_config(&count, list.data());
+    list.resize(static_cast<size_t>(count));
     Json json = Json::array();
     for (const alarm_clock_entry &e : list)
         json.push_back(

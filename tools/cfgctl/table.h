@@ -473,7 +473,7 @@ inline constexpr Setting SETTINGS[] = {
     {NAMES("time_server", SERVER, "first time server"), BY("time sync")},
     {NAMES("time_server1", SERVER, "second time server"), BY("time sync")},
     {{"lang_name", PATH, 0, 15, "language of the prompts, such as en"}, BY("prompt, speech")},
-    {TEXTS("speech_version", "version of the prompts"), BY("speech")},
+    {{"speech_version", TEXT, 0, 15, "version of the prompts"}, BY("speech")},
     {NUMBERS("cifs_mode", 3, "upload: 0 off, 1 on, 2 on with event signals, 3 not controlled"), BY("upload config")},
     {TEXTS("cifs_user", "the share's user"), BY("upload config")},
     {SECRETS("cifs_pass", "the share's password"), BY("upload config")},
