@@ -40,16 +40,9 @@ int param_get(const char *key, char *buffer, unsigned size)
 int param_set(const char *, const char *) { return 0; }
 int param_save() { return 0; }
 int param_unset(const char *) { return 0; }
-int msg2relay(const viewer_relay_msg *message)
-{
-    made["viewer relay"] = bytes(message, sizeof *message);
-    return 0;
-}
+int msg2relay(const viewer_relay_msg *m) { made["viewer relay"] = bytes(m, sizeof *m); return 0; }
 void *appipc_init(const char *) { return &made; }
-void appipc_set_uint32(void *buffer, uint32_t value)
-{
-    memcpy(buffer, &value, sizeof value);
-}
+void appipc_set_uint32(void *buffer, uint32_t value) { memcpy(buffer, &value, sizeof value); }
 int appipc_send(void *, int, int, unsigned length, const void *buffer)
 {
     made["zone ipc"] = bytes(buffer, length);
@@ -60,6 +53,13 @@ int system(const char *) { return 0; }
 unsigned sleep(unsigned) { return 0; }
 time_t time(time_t *) { return 1704067200; } // 2024-01-01
 // clang-format on
+}
+
+// What the pattern's group matches in the text.
+static std::vector<std::string> matches(const std::string &text, const std::regex &pattern)
+{
+    const std::sregex_token_iterator found(text.begin(), text.end(), pattern, 1), end;
+    return {found, end};
 }
 
 // The next message of a queue, without its type.
@@ -119,20 +119,17 @@ TEST(DocsTest, FormatsAreAsTheDocumentShowsThem)
     EXPECT_EQ(shown, made);
 }
 
-// What the pattern matches in the library's sources.
-static std::vector<std::string> matches(const std::string &pattern)
+// The same in the library's sources.
+static std::vector<std::string> used(const std::string &pattern)
 {
-    const std::regex used(pattern);
+    const std::regex use(pattern);
     std::vector<std::string> found;
     for (const char *folder :
          {"settings", "events", "upload", "firmware", "network", "time", "records"}) {
-        for (const auto &entry :
-             std::filesystem::directory_iterator(std::string("/desk/") + folder)) {
-            const std::string source = read_file(entry.path());
-            for (std::sregex_iterator use(source.begin(), source.end(), used), end; use != end;
-                 ++use)
-                found.push_back((*use)[1]);
-        }
+        const std::filesystem::directory_iterator files(std::string("/desk/") + folder);
+        for (const auto &entry : files)
+            for (const std::string &match : matches(read_file(entry.path()), use))
+                found.push_back(match);
     }
     EXPECT_GT(found.size(), 5U);
     return found;
@@ -142,7 +139,7 @@ static std::vector<std::string> matches(const std::string &pattern)
 static void expect_listed(const std::string &document, const std::string &pattern)
 {
     const std::string text = read_file("/desk/docs/" + document);
-    for (const std::string &match : matches(pattern))
+    for (const std::string &match : used(pattern))
         EXPECT_NE(text.find(match), std::string::npos) << document << ": " << match;
 }
 
@@ -159,7 +156,7 @@ TEST(DocsTest, ListsHoldWhatTheSourcesUse)
     expect_listed("operations.md",
                   R"re((?:"\[%s %d\] ?|report\(function, line, ")([^"%\[\\]{4,}))re");
     // With names and numbers around it, a report fits the frame's 256 bytes.
-    for (const std::string &text : matches(R"re((?:REPORT\w*|report\w*)\([^"]*"([^"]*)")re"))
+    for (const std::string &text : used(R"re((?:REPORT\w*|report\w*)\([^"]*"([^"]*)")re"))
         EXPECT_LT(text.size(), 200U) << text;
 }
 
@@ -187,8 +184,6 @@ TEST(DocsTest, ListsHoldWhatCheckLooksFor)
     const std::string drivers =
         text.substr(text.find("## Drivers"), text.find("## Files") - text.find("## Drivers"));
     const std::regex file("(/proc/[a-z0-9_/]+)`[^\n]*\\|[^\n]*\\|");
-    for (std::sregex_iterator found(drivers.begin(), drivers.end(), file), end; found != end;
-         ++found)
-        EXPECT_TRUE((*found)[1] == "/proc/mounts" || wanted.find((*found)[1]) != std::string::npos)
-            << (*found)[1];
+    for (const std::string &found : matches(drivers, file))
+        EXPECT_TRUE(found == "/proc/mounts" || wanted.find(found) != std::string::npos) << found;
 }

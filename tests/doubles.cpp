@@ -198,6 +198,7 @@ template <typename Function> static Function *real(const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
+#define REAL(function) real<decltype(function)>(#function)
 
 // The driver that is open: what it answers, and where.
 static std::string driver;
@@ -272,10 +273,8 @@ time_t time(time_t *result)
 {
     if (record_time)
         record("time");
-    timespec clock{clock_now, 0};
-    if (clock_now == 0)
-        clock_gettime(CLOCK_REALTIME, &clock);
-    return result ? *result = clock.tv_sec : clock.tv_sec;
+    const time_t now = clock_now == 0 ? REAL(time)(nullptr) : clock_now;
+    return result ? *result = now : now;
 }
 
 FILE *popen(const char *line, const char *mode)
@@ -304,10 +303,10 @@ FILE *fopen(const char *path, const char *mode)
     return open_driver(mode);
 }
 
-int flock(int file, int operation)
+int flock(int file, int lock)
 {
-    record(operation == LOCK_SH ? "flock shared" : operation == LOCK_UN ? "flock none" : "flock other");
-    return fails("flock") ? -1 : real<decltype(flock)>("flock")(file, operation);
+    record(lock == LOCK_SH ? "flock shared" : lock == LOCK_UN ? "flock none" : "flock other");
+    return fails("flock") ? -1 : REAL(flock)(file, lock);
 }
 
 int msgget(key_t key, int flags)
@@ -327,7 +326,7 @@ int semget(key_t key, int count, int flags)
 {
     if (count != 1 || (flags != 0 && flags != (IPC_CREAT | 0666)))
         record("semget with other flags");
-    const int id = fails("semget") ? -1 : real<decltype(semget)>("semget")(key, count, flags);
+    const int id = fails("semget") ? -1 : REAL(semget)(key, count, flags);
     semaphores[id] = key;
     return id;
 }
@@ -338,30 +337,31 @@ int semctl(int id, int number, int command, ...)
     va_start(arguments, command);
     void *values = va_arg(arguments, void *);
     va_end(arguments);
-    return command == SETALL && fails("SETALL") ? -1 : real<decltype(semctl)>("semctl")(id, number, command, values);
+    return command == SETALL && fails("SETALL") ? -1 : REAL(semctl)(id, number, command, values);
 }
 
-int semop(int id, sembuf *operations, size_t count)
+int semop(int id, sembuf *change, size_t count)
 {
-    const bool unlocks = operations->sem_op > 0;
+    const bool unlocks = change->sem_op > 0;
+    const char *const undo = change->sem_flg == SEM_UNDO ? "" : " without undo";
     std::ostringstream text;
-    text << (unlocks ? "unlock " : "lock ") << std::hex << semaphores[id] << (operations->sem_flg == SEM_UNDO ? "" : " without undo");
+    text << (unlocks ? "unlock " : "lock ") << std::hex << semaphores[id] << undo;
     record(text.str());
-    return fails("semop") || (unlocks && fails("unlock")) ? -1 : real<decltype(semop)>("semop")(id, operations, count);
+    return fails("semop") || (unlocks && fails("unlock")) ? -1 : REAL(semop)(id, change, count);
 }
 
 int shmget(key_t key, size_t size, int flags)
 {
     std::ostringstream text;
     text << "shmget " << std::hex << key << " " << std::dec << size << " " << std::oct << flags;
-    return result_of(text.str(), "shmget") ? -1 : real<decltype(shmget)>("shmget")(key, size, flags);
+    return result_of(text.str(), "shmget") ? -1 : REAL(shmget)(key, size, flags);
 }
 
 void *shmat(int id, const void *address, int flags)
 {
-    return fails("shmat") ? failed_address : real<decltype(shmat)>("shmat")(id, address, flags);
+    return fails("shmat") ? failed_address : REAL(shmat)(id, address, flags);
 }
-int shmdt(const void *address) { return fails("shmdt") ? -1 : real<decltype(shmdt)>("shmdt")(address); }
+int shmdt(const void *address) { return fails("shmdt") ? -1 : REAL(shmdt)(address); }
 
 int param_get(const char *key, char *buffer, unsigned size)
 {

@@ -26,6 +26,7 @@ static std::string settled(const std::string &text)
 // Sends a descriptor to a file. What it was.
 static int redirect(int descriptor, const char *path)
 {
+    std::fflush(nullptr);
     const int kept = dup(descriptor);
     const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
     dup2(file, descriptor);
@@ -35,6 +36,7 @@ static int redirect(int descriptor, const char *path)
 
 static std::string restored(int descriptor, int kept, const char *path)
 {
+    std::fflush(nullptr);
     dup2(kept, descriptor);
     close(kept);
     return settled(read_file(path));
@@ -42,23 +44,18 @@ static std::string restored(int descriptor, int kept, const char *path)
 
 Outcome observe(const std::function<int()> &code)
 {
-    std::fflush(nullptr);
     const int out = redirect(STDOUT_FILENO, "/tmp/observed.out");
     const int err = redirect(STDERR_FILENO, "/tmp/observed.err");
     const int result = code();
-    std::fflush(nullptr);
     return {result, restored(STDOUT_FILENO, out, "/tmp/observed.out"),
             restored(STDERR_FILENO, err, "/tmp/observed.err")};
 }
 
 int quietly(const std::function<int()> &code)
 {
-    std::fflush(nullptr);
     const int out = redirect(STDOUT_FILENO, "/dev/null");
     const int result = code();
-    std::fflush(nullptr);
-    dup2(out, STDOUT_FILENO);
-    close(out);
+    restored(STDOUT_FILENO, out, "/dev/null");
     return result;
 }
 
