@@ -77,7 +77,7 @@ TEST_F(FirmwareTest, ImagesAndWhatIsWrongWithThem)
 {
     const auto size = static_cast<uint32_t>(image.size());
     const std::string body = image.substr(HEADER), changed = flipped(image, 800);
-    const std::string zero = with(image, 4, 0).substr(0, HEADER), bad_header = with(changed, 4, 0x12ab);
+    const std::string zero = with(image, 4, 0).substr(0, HEADER), wrong = with(changed, 4, 0x12ab);
     const uint32_t stored = crc_by_bits(body);
     const std::string open = with(with(image, 24, crc_by_bits(body.substr(0, 36))), 4, 0);
     const std::string part = with(open, 4, crc_by_bits(open.substr(0, HEADER))); // checked to 100
@@ -85,7 +85,7 @@ TEST_F(FirmwareTest, ImagesAndWhatIsWrongWithThem)
         return "[checkImageChecksum #] " + text + "\ncfg_checkImageChecksum fail";
     };
     const std::string seek = "fseek fail, errno[5][Input/output error]", stream = bad_image("stream error");
-    const auto differs = [&](Text data) { return bad_image(unequal("image checksum", data, stored)); };
+    const auto differs = [&](Text b) { return bad_image(unequal("image checksum", b, stored)); };
     const Calls board = {"popen board boardid"};
     const Given id = {{"$ board boardid", "xq7h0c\n"}};
     check({
@@ -95,10 +95,10 @@ TEST_F(FirmwareTest, ImagesAndWhatIsWrongWithThem)
         {id, CHECK(flipped(part, 800), 100), 0, board}, // behind the limit
         {id, CHECK(image, size - 1), -1, board, differs(body.substr(0, size - 65))},
         {id, CHECK(changed), -1, board, differs(changed.substr(HEADER))},
-        {id, CHECK(bad_header), -1, board,
+        {id, CHECK(wrong), -1, board,
             "[cfg_checkHeaderChecksum #] " + unequal("header checksum", zero, 0x12ab) +
                 "\ncfg_checkHeaderChecksum fail"},
-        {id, CHECK(with(bad_header, 32, 0)), -1, board,
+        {id, CHECK(with(wrong, 32, 0)), -1, board,
             "[getBoardIdMask #] model[xq7] not found\n"
             "[cfg_checkBoardId #] image mask[0] not valid for [0xc]\ncfg_checkBoardId fail"},
         {CHECK(image.substr(0, 63)), -1, {}, "fread fail"},

@@ -138,8 +138,9 @@ TEST_F(SchedulesTest, GettersFillOnlyWhatTheStoredTextsReach)
     };
     for (const auto &[text, read] : Given{
              {"1,-2,3,4,5,6,7", "1 -2 3 4 5 6 7"}, {"1,2,3,4,5,6,7,8,9", "1 2 3 4 5 6 7"},
-             {"1,2", "1 2" + rest}, {"1,2,", "1 2" + rest}, {" 1,\n+2,x", "1 2" + rest}, {"1,,3", "1 91" + rest},
-             {"1 ,2", "1 91" + rest}, {"1;2", "1 91" + rest}, {std::string(300, '9'), most + " 91" + rest},
+             {"1,2", "1 2" + rest}, {"1,2,", "1 2" + rest}, {" 1,\n+2,x", "1 2" + rest},
+             {"1,,3", "1 91" + rest}, {"1 ,2", "1 91" + rest}, {"1;2", "1 91" + rest},
+             {std::string(300, '9'), most + " 91" + rest},
              {"-1,2147483648,-2147483649,4294967297", "-1 " + most + " -2147483648 " + most + " 94 95 96"}})
         rows.push_back({{{"sched00", text}}, SCHEDULES(1), "0 1: " + read});
     for (const auto &[text, read] : Given{

@@ -23,8 +23,8 @@ TEST_F(UpgradeTest, OnlyNewerVersionsAreNew)
         EXPECT_EQ(cfg_isNewVersion(version), 0) << version;
     for (const char *version : {
              "v5.0.44", "v5.0.9", "v4.9.99", "5.0.45", "v5.0.44.9", "v-6.0.0", "v5.0.-45", "v6.-.0",
-             "", "v", "v6", "v6.", "v6.0", "v6.0.", "v6.0.x", "v6,0,0", "v6 .0.0", "V6.0.0", " v6.0.0",
-             "vv6.0.0", "v-99999999999999999999.9.9"})
+             "", "v", "v6", "v6.", "v6.0", "v6.0.", "v6.0.x", "v6,0,0", "v6 .0.0", "V6.0.0",
+             " v6.0.0", "vv6.0.0", "v-99999999999999999999.9.9"})
         EXPECT_EQ(cfg_isNewVersion(version), -1) << version;
 }
 
@@ -47,10 +47,12 @@ static std::string into(int (*function)(char *, uint32_t), uint32_t size)
 
 TEST_F(UpgradeTest, Downloads)
 {
-    const std::string upgrade = "/mnt/sdcard/upgrade/upgrade.", DAT = upgrade + "dat", BIN = upgrade + "bin";
-    const std::string folder = "/mnt/sdcard/morvenix/", download = folder + "download/speech";
-    const std::string longest = "v5.1.0 " + std::string(56, 'x'), version = "speech_version", language = "lang_name";
-    const std::string digits = "123456789012345", letters = "abcdefghijklmno", long_name = digits + "_" + letters;
+    const std::string upgrade = "/mnt/sdcard/upgrade/upgrade.", DAT = upgrade + "dat";
+    const std::string BIN = upgrade + "bin", folder = "/mnt/sdcard/morvenix/";
+    const std::string download = folder + "download/speech";
+    const std::string longest = "v5.1.0 " + std::string(56, 'x'), version = "speech_version";
+    const std::string language = "lang_name", digits = "123456789012345";
+    const std::string letters = "abcdefghijklmno", long_name = digits + "_" + letters;
     const std::string gone = "sTarPath have be remove. To sure really tar finished ";
     const std::string again = "download ok but tar is fail, Need again";
     const std::string tar = folder + "EN/speech/speech12_EN.tar";
@@ -58,7 +60,7 @@ TEST_F(UpgradeTest, Downloads)
         return Given{{version, stored}, {language, name}, {file, ""}, {other, ""}};
     };
     const auto holds = [&](Text text) { return Given{{DAT, text}, {BIN, ""}}; };
-    const Calls both = {"removed " + BIN, "removed " + DAT}, read = {version + " 16", language + " 16"};
+    const Calls both = {"removed " + BIN, "removed " + DAT}, read = {version + " 16", "lang_name 16"};
     check({
         {holds("v5.1.0\n"), FIRMWARE(64), "0 v5.1.0|"},
         {holds("v5.1.0"), FIRMWARE(4), "0 v5.|"},
@@ -139,7 +141,7 @@ TEST_F(UpgradeTest, Processes)
             "iPidRTW = 0\ndwCount: 1\n" + term + "50"},
         {ps("", "", ""), {"popen " + WIFI, wait}, kill, 0, begin + twenty, failures},
     });
-    on_sleep = [=] { answers[PARENTS].erase(0, puts("asleep") >= 0 ? 2 : 0); }; // one more has ended
+    on_sleep = [=] { answers[PARENTS].erase(0, puts("asleep") >= 0 ? 2 : 0); }; // one more ended
     check({
         {ps("", "", "1\n1\n1\n1\n"), kill, 0, begin + Calls{wait, "sleep 1", wait, "sleep 1", wait, left},
             "iPidRTW = 0\ndwCount: 4\n| asleep\nretry: 1\ndwCount: 3\n| asleep\nretry: 2\ndwCount: 2"},

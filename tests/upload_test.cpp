@@ -28,10 +28,10 @@ static std::string got(Text wanted)
     char *at[4];
     for (size_t i = 0; i < 4; i++)
         at[i] = wanted.find("utms"[i]) < 9 ? text[i].data() : nullptr;
-    int mounted = 9;
-    int *const mount = wanted.find('!') < 9 ? &mounted : nullptr;
+    int is_on = 9;
+    int *const mount = wanted.find('!') < 9 ? &is_on : nullptr;
     const int result = smbu_get_config(at[0], 8, at[1], 4, at[2], 5, at[3], 6, mount);
-    return words(result, text[0].c_str(), text[1].c_str(), text[2].c_str(), text[3].c_str(), mounted);
+    return words(result, text[0].c_str(), text[1].c_str(), text[2].c_str(), text[3].c_str(), is_on);
 }
 
 static Calls signal(int code) { return {"post 20130005 " + std::to_string(code) + " 3000000000"}; }
@@ -169,8 +169,8 @@ TEST_F(UploadTest, RecoveryJobsAreEmptyFilesNamedAfterRecordings)
         made("/a.b/c", ".rcy"), made("/" + n98 + ".jpeg2000", ".smbu/" + n98 + ".rcy"),
         made("/" + n99 + ".mp4", ".smbu/" + n99 + ".rcy"),
         made("/" + n99 + "nnnn.mp4", ".rcy"), // the cut takes the dot
-        rejected("/" + n99 + "n.mp4"), // 127 characters
-        rejected(""), rejected("clip.mp4"), {{{folder, ""}}, CALL(smbu_add_recovery_job(nullptr)), -1},
+        rejected(""), rejected("clip.mp4"), rejected("/" + n99 + "n.mp4"), // 127 characters
+        {{{folder, ""}}, CALL(smbu_add_recovery_job(nullptr)), -1},
         {CALL(smbu_add_recovery_job("/mnt/sdcard/video/1/clip.mp4")), -1}, // without its folder
         {{{folder + "clip.rcy", "kept"}}, CALL(smbu_add_recovery_job("/clip.mp4")), 0},
     });

@@ -67,8 +67,9 @@ static std::string listed(const Calls &values)
     for (Text value : values) {
         const bool whole = value.find(',') != std::string::npos;
         text += GET + "name        = " + value.substr(0, value.find(',')) + "\n";
-        text += GET + "passcode    = " + (whole ? "p\n" : "\n") + GET + "credential  = " + (whole ? "c\n" : "\n");
-        text += GET + "once        = " + (whole ? "0\n" : "\n") + GET + "buf         = " + value + "\n";
+        text += GET + "passcode    = " + (whole ? "p\n" : "\n");
+        text += GET + "credential  = " + (whole ? "c\n" : "\n") + GET + "once        = ";
+        text += (whole ? "0\n" : "\n") + GET + "buf         = " + value + "\n";
     }
     return text;
 }
@@ -172,16 +173,16 @@ TEST_F(ViewersTest, DeletionIsToldThenStored)
 
 TEST_F(ViewersTest, SetterStoresAllOrNothingThatIsTooLong)
 {
-    const std::vector<viewer_entry> list = {viewer("ann"), viewer("bob"), viewer(std::string(250, 'n'))};
+    const viewer_entry list[] = {viewer("ann"), viewer("bob"), viewer(std::string(250, 'n'))};
     const std::string a = "ann,p,c,1", b = "bob,p,c,1", set0 = "set " + key(0) + "=" + a;
     const std::string set1 = "set " + key(1) + "=" + b, both = stored({a, b}, "cfg_set ");
     const std::string first = stored({a}, "cfg_set "), p(32, 'p'), c(64, 'c');
     const std::string too_long = "cfg_set viewer is too long", n(256, 'n');
     check({
-        {STORE(0, list.data()), 0},
-        {STORE(2, list.data()), 0, {set0, set1}, cut(both)},
-        {{}, {"set " + key(0)}, STORE(2, list.data()), 0, {set0}, first + "cfg_set param_set fail"},
-        {STORE(3, list.data()), 0, {}, too_long},
+        {STORE(0, list), 0},
+        {STORE(2, list), 0, {set0, set1}, cut(both)},
+        {{}, {"set " + key(0)}, STORE(2, list), 0, {set0}, first + "cfg_set param_set fail"},
+        {STORE(3, list), 0, {}, too_long},
         {STORE(1, at(viewer(n, "", "", ""))), 0, {}, too_long},
         {STORE(1, at(viewer("a", p))), 0, {}, too_long}, {STORE(1, at(viewer("a", "p", c))), 0, {}, too_long},
         {STORE(1, at(viewer("a", "p", "c", "123"))), 0, {}, too_long}, // no end

@@ -97,7 +97,7 @@ TEST_F(ZoneTest, RowsMatchByPrefixInAnyCaseAndTheFirstOneWins)
         row("foo/bar", "1 az x"), row("foo/barbaz", "1 x"), row("TAB", "1 T-1"), row("Empty", "1 "),
         row("Blank", "1 "), row("Carriage", "1 C-1"), row("last", "1 L-1"), row("Last L-1", "1 "),
         row("Last L-12", "0 none"), row("oo/bar", "0 none"), row("", "1 oo/Barbaz x"),
-        row(name, "1 " + std::string(127, 'a')), row("Rest", "1 R-1"), // a line is read in pieces of 511
+        row(name, "1 " + std::string(127, 'a')), row("Rest", "1 R-1"), // read in pieces of 511
         row("Fits", "1 " + f), row("Cut", "1 " + c),
         {{{table, ""}}, CALL(looked_up("")), "0 none"},
         {{{table, "nobody asks for this\n"}}, CALL(looked_up("foo")), "0 none"},
@@ -132,7 +132,7 @@ TEST_F(ZoneTest, WithoutARowTheOffsetMakesTheString)
         at_utc("a?c"), at_utc("~"), at_utc("a#c"), at_utc(n.substr(51) + "/../../../mnt/sdcard/e"),
         at_utc(std::string(200, '/') + "../../../[mu][ns][tr]/[s]*/ntpd"),
         at_utc(n.substr(38)), at_utc(n.substr(37)), at_utc(n.substr(22)), at_utc(n),
-        invalid(1441, 0), invalid(-1441, 0), invalid(INT32_MIN, 0), invalid(0, 2), invalid(0, UINT32_MAX),
+        invalid(1441, 0), invalid(-1441, 0), invalid(INT32_MIN, 0), invalid(0, 2), invalid(0, ~0U),
         {{{"time_zone_str", "x"}}, {"get time_zone_str"}, CALL(cfg_setTimeZoneDst(0, 0)), 0,
             applied("", "GMT-0000"), TOLD + "GMT-0000"},
         {{{"/tmp/TZ/", ""}}, CALL(cfg_setTimeZoneDst(0, 0)), -1, {}, "fopen fail"},
