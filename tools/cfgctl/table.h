@@ -180,7 +180,7 @@ inline constexpr Action ACTIONS[] = {
      "1 no value can be read", DO(get), "io_speaker_volume"},
     {"set", "", 1, {{"KEY=VALUE", ASSIGNMENT, 0, 0, "one of the keys below and its value; any key "
       "with --force. KEY VALUE sets a single key. With - as value, set reads the value from "
-      "standard input; with - alone, lines KEY=VALUE. It skips empty lines and lines with #"}},
+      "standard input; with - alone, lines KEY=VALUE. # begins a comment line"}},
      NO_SAVE | NO_APPLY | FORCE,
      "Stores the values, runs the keys' setters (cfgctl show names them) and saves the store. "
      "First it checks the values, the board's features and the room in the daemons' queue; if one "
@@ -201,8 +201,8 @@ inline constexpr Action ACTIONS[] = {
      "1 the key has no restorer on this board, 4 something failed", DO(restore), "--all"},
     {"show", "", 0, {{"PREFIX", STORE_KEY, 0, 0, "only keys that begin with it; for a single key, "
                       "also its valid values"}}, SHOW_SECRETS | EXPORT,
-     "Prints the keys that the library and the daemons know. --export prints the stored ones. It "
-     "comments out, with #, values that set refuses and, without --show-secrets, secrets.",
+     "Prints the keys that the library and the daemons know. --export prints the stored ones. A "
+     "# comment replaces values that set rejects and, without --show-secrets, secrets.",
      "1 no such key", DO(show), "io_"},
     {"check", "", 0, {{"AREA", CHOICE, 0, 0, "default: all", "store|board|tools|drivers|files|queues|locks|ring|daemons"}}, 0,
      "Checks the whole camera or one area of it. Prints one line per item: its state and, if "
@@ -241,8 +241,8 @@ inline constexpr Action ACTIONS[] = {
      "Posts a message of type 7 on the daemons' queue.", "4 the queue has no room", DO(rec), "7"},
     {"monitor", "", 0, {}, COUNT | ONE_TYPE,
      "Takes messages from the daemons' queue and prints one line for each, with the time (UTC), "
-     "until interrupted. The daemons do not get these messages. Its process id is in "
-     "/var/run/monitor.pid: receivers that check this file wait. Reports processes that do not.",
+     "until interrupted. The daemons do not get these messages. Its own process id is "
+     "in /var/run/monitor.pid: receivers that check this file wait. Reports other receivers.",
      "1 the queue cannot be read", DO(monitor), "--count 3"},
     {"events", "", 0, {}, 0, "Lists the pending events, oldest first. Drops none.",
      "1 the ring cannot be read", DO(events_list)},
@@ -257,7 +257,7 @@ inline constexpr Action ACTIONS[] = {
      DO(events_clear)},
     {"events", "dump", 1, {{"FILE", FILENAME, 0, 0, "a copy of the ring, 4108 bytes"}}, 0,
      "Prints the copy and whether a restart would accept it. Does not touch the shared ring.",
-     "1 it would not, or the file cannot be read", DO(events_dump), "/mnt/sdcard/video/.event"},
+     "1 it would be rejected, or the file cannot be read", DO(events_dump), "/mnt/sdcard/video/.event"},
     {"status", "", 0, {{"VALUE", NUMBER, 0, 255, "the new status; default: print it"}}, 0,
      "Prints or writes /tmp/dev_status, a byte that the processes share and a restart clears.",
      "1 no status is stored, 4 not stored", DO(status), "3"},
@@ -283,7 +283,7 @@ inline constexpr Action ACTIONS[] = {
      "Writes nothing if the supplicant would reject the file: for an SSID of more than 32 bytes, a "
      "key of 64 characters that is not hexadecimal, a control character in a passphrase, or a # "
      "after a double quote.",
-     "4 refused, a network left out, or the file cannot be written", DO(wifi_config)},
+     "4 rejected, a network left out, or the file cannot be written", DO(wifi_config)},
     {"wifi", "start", 0, {}, 0, "Starts the supplicant, the DHCP client and, if apmode is 1, the "
      "access point.", "", DO(wifi_control)},
     {"wifi", "stop", 0, {}, 0, "Releases the address and stops the supplicant.", "",
