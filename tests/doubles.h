@@ -123,11 +123,12 @@ struct Row {
     Calls reads; // "KEY SIZE" as the store was read; not looked at when empty
 
     // clang-format off
-    Row(Given has, Refused not_has, Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+    Row(const Given &has, const Refused &not_has, const Call &makes, const Result &gives,
+        const Calls &does = {}, Text says = "", const Calls &asks = {})
         : given(has), refused(not_has), call(makes), result(gives), calls(does), printed(says), reads(asks) {}
-    Row(Given has, Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+    Row(const Given &has, const Call &makes, const Result &gives, const Calls &does = {}, Text says = "", const Calls &asks = {})
         : Row(has, {}, makes, gives, does, says, asks) {}
-    Row(Call makes, Result gives, Calls does = {}, std::string says = "", Calls asks = {})
+    Row(const Call &makes, const Result &gives, const Calls &does = {}, Text says = "", const Calls &asks = {})
         : Row({}, {}, makes, gives, does, says, asks) {}
     // clang-format on
 };
