@@ -17,7 +17,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using testing::AnyOf;
 using testing::HasSubstr;
 
 namespace
@@ -80,10 +79,7 @@ void check(const std::vector<Row> &rows)
     }
 }
 
-std::string bytes(size_t count, char c = 'x')
-{
-    return std::string(count, c);
-}
+const auto bytes = [](size_t count, char c = 'x') { return std::string(count, c); };
 
 class CfgctlTest : public CameraTest
 {
@@ -157,7 +153,7 @@ TEST_F(CfgctlTest, EveryExampleOfTheHelpIsGood)
     std::istringstream all(lines(page, "\\.EX\n(?=cfgctl )", "\n"));
     for (std::string example; std::getline(all, example); ++examples) {
         const Outcome done = shell("printf '1\\n2\\n' | " + example + " --json");
-        EXPECT_THAT(done.result, AnyOf(0, 1, 3, 4)) << example << done.err;
+        EXPECT_THAT(done.result, testing::AnyOf(0, 1, 3, 4)) << example << done.err;
         const std::string first = done.out.substr(0, done.out.find("}\n{") + 1); // of monitor's
         EXPECT_TRUE(done.result || nlohmann::json::accept(first.empty() ? done.out : first));
     }
@@ -236,8 +232,8 @@ TEST_F(CfgctlTest, SettingsAreStoredAppliedAndSaved)
     });
     shell("mkdir -p /var/run/param.new/x");
     for (const auto &[line, refused] : std::map<std::string, std::string>{
-             {"set lang_name de", "lang_name"}, {"feature event 1 2", "event_s3_setting"},
-             {"sound volume 2", "alert_vol"}, {"upload config size=9", "cifs_size"},
+             {"set lang_name de", "lang_name"}, {"upload config size=9", "cifs_size"},
+             {"feature event 1 2", "event_s3_setting"}, {"sound volume 2", "alert_vol"},
              {"viewer add Ann 1 2", "Ann"}, {"privacy on", "orb_privacy_mode_enable"}})
         check({{line, 3, "", refused + " cannot be stored", "*"}});
 }
@@ -246,7 +242,6 @@ TEST_F(CfgctlTest, SuccessIsSaidOfWhatHappenedOnly)
 {
     check({
         {"set io_ir_enable 2 --json", 0, "~\"applied", "", "store set io_ir_enable=2; store saved"},
-        {"restore io_ir_enable", 0, "KEY           RESULT\nio_ir_enable  applied\n"},
         {"rm /proc/ir_mode; mkdir /proc/ir_mode -> set io_ir_enable 0", 4, "", "does not show",
          "store set io_ir_enable=0; store set io_ir_enable=2"},
         {"restore io_ir_enable", 4, "~io_ir_enable  failed\n", "/proc/ir_mode does not show it"},
@@ -272,10 +267,8 @@ TEST_F(CfgctlTest, SuccessIsSaidOfWhatHappenedOnly)
         continue;
     for (auto line : {"privacy on", "set alert_pir_enable 1", "rec 5", "upload config mode=2"})
         check({{line, 4, "", "the daemons' queue is full"}});
-    check({
-        {"set alert_audio_enable 1 --no-apply", 0, "", "", "*"},
-        {"restore alert_audio_enable", 4, "~alert_audio_enable  failed\n", "", "run board sn"},
-    });
+    check({{"cfgctl set alert_audio_enable 1 --no-apply -> restore alert_audio_enable", 4,
+            "~alert_audio_enable  failed\n", "", "run board sn"}});
     msgctl(queue, IPC_RMID, nullptr);
     check({
         {"privacy", 1, "off\n"}, {"status", 1, "unknown\n"}, {"status --json", 1, "~: null"},
@@ -299,8 +292,8 @@ TEST_F(CfgctlTest, RestoreAllIsAFirmwaresStart)
         EXPECT_THAT(factory, HasSubstr("\n" + key + "="));
     }
     expected += "wifi config applied\nwifi start called\ntime zone applied\ntime sync on called\n";
-    shell(set + "param set time_dst 0; param set time_zone 0; param set wl_ssid home; param set wl_psk passphrase; "
-          "param set time_zone_str Europe/Berlin; param set time_server a.example");
+    shell(set + "param set time_dst 0; param set time_zone 0; param set time_server a.example; "
+        "param set time_zone_str Europe/Berlin; param set wl_ssid home; param set wl_psk 12345678");
     board_is("10"); // a WLED, no Rlamp
     const Outcome all = shell("cfgctl restore --all | sed 's/   */ /'");
     EXPECT_EQ(all.out, expected) << all.err;
@@ -463,13 +456,12 @@ TEST_F(CfgctlTest, ImagesAndDownloads)
         {flip + "33" + copied, 1, "~it is for \"xX7h0c\", this board is \"xq7h04\"\n", "", "*"},
         {"rm /etc/desk/board -> " + image, 1, "~the board does not report its id\n", "", "*"},
         {"echo x >/tmp/i" + copied, 1, "", "/tmp/i is shorter than the header of an image"},
-        {"firmware check /tmp", 1, "", "/tmp cannot be read"},
+        {"firmware check /tmp", 1, "", "cannot be read"}, {"speech", 1, "~en\nunpacked  no\n"},
         {"firmware newer v5.0.44 --json", 1, R"({"version": "v5.0.44","newer": false})"},
         {"firmware newer v6.0", 2, "", "a version looks like v5.1.0, not v6.0"},
         {"mkdir -p " + upgrade + "; cd " + upgrade + "; echo v5.1.0 >upgrade.dat; "
          "echo >upgrade.bin -> firmware downloaded", 0, "v5.1.0\n"},
         {"rm " + upgrade + "/upgrade.bin -> firmware downloaded", 1, "", "no newer firmware was"},
-        {"speech", 1, "language  en\nunpacked  no\n"},
         {"param set speech_version 3; mkdir -p " + speech + "; echo >" + speech + "/speech3_en.tgz "
          "-> speech --json", 0, R"({"language": "en","unpacked": true})"},
         {"printf xx123456789yy >/tmp/d -> crc /tmp/d --skip 2 --limit=11", 0, "cbf43926\n"},
@@ -539,12 +531,12 @@ TEST_F(CfgctlTest, TheSupplicantIsTheJudgeOfItsFile)
 
 TEST_F(CfgctlTest, NetworkAndTime)
 {
-    const std::string server1 = "param set time_server1 ";
+    const std::string server1 = "param set time_server a.example; param set time_server1 ";
     check({
         {"param set wl_ssid home; param set wl_psk 0123456789; param set wl2_ssid typo; "
          "param set wl2_psk key -> wifi config", 4, "home\n", "wl2_ssid: left out"},
-        {"param unset wl_psk -> wifi config", 4, "",
-         "no valid network; /etc/wpa_supplicant.conf is unchanged"},
+        {"param unset wl_psk -> wifi config", 4, "", "; /etc/wpa_supplicant.conf is unchanged"},
+        {"time zone 60", 2, "", "DST is missing"},
         {"wifi status", 0, "wlan          no\naccess_point  no\nnetworks      home\n"},
         {"param set wl2_ssid ''; param set wl_ssid '' -> wifi config", 0, "", "no network is"},
         {"cd /etc; rm *.conf; mkdir wpa_supplicant.conf -> wifi config", 4, "", "cannot be wr"},
@@ -553,12 +545,9 @@ TEST_F(CfgctlTest, NetworkAndTime)
         {"link wlan --json", 1, R"({"wlan": false})"}, {"time zone", 4, "", "time_zone is not"},
         {"param set time_zone -300; param set time_dst 1 -> time zone", 0,
          "GMT+0500DST,M4.1.0/2,M10.5.0/2\n", "", "*"},
-        {"time zone 60", 2, "", "DST is missing"},
         {"param set time_zone_str Etc/UTC -> time zone 60 0 --json", 0,
          R"({"zone": "Etc/UTC","tz": "UTC0"})", "the stored time_zone_str Etc/UTC overrides", "*"},
         {"param set time_zone_str 'x; killall ntpd' -> time zone", 4, "", "_str is not safe in"},
-        {"param set time_server a.example -> time sync on", 0, "", "",
-         "run killall ntpd; run ntpd -p a.example"},
         {server1 + "'$(reboot)' -> time sync on", 4, "", "time_server1 is not safe in a command"},
         {server1 + bytes(235) + " -> time sync on", 4, "", "are too long for the command line"},
         {server1 + bytes(234) + " -> time sync on", 0, "", "",
@@ -581,8 +570,7 @@ TEST_F(CfgctlTest, ListsAreSetAsTheyArePrinted)
         {"cfgctl schedule list --json >/tmp/j -> schedule list", 0, table},
         {"cfgctl schedule list >/tmp/t" + again + "t", 0, "", "", "*"}, {"schedule list", 0, table},
         {"true" + again + "j", 0, "", "", "*"}, {"schedule list", 0, table},
-        {"printf '1,62,480,wake  up, now\\n0,1,2,\\n' >/tmp/c -> alarm set /tmp/c", 0, "", "", "*"},
-        {"alarm list", 0, clocks},
+        {"printf '1,62,480,wake  up, now\\n0,1,2,\\n' | cfgctl alarm set -> alarm list", 0, clocks},
         {"cfgctl alarm list >/tmp/t -> alarm set /tmp/t", 0, "", "", "*"},
         {"grep -q '^clock00=1,62,480,wake  up, now$' /flash/param -> alarm list", 0, clocks},
         {"schedule set /none", 1, "", "cannot read the entries: No such file"},
@@ -650,9 +638,8 @@ TEST_F(CfgctlTest, SoundsAndFeatures)
         {"alert '/audio/$(reboot).wav'", 2, "", "FILE has a character that is special to a shell"},
         {"alert " + bytes(226), 2, "", "FILE takes 1 to 225 characters"},
         {"prompt none.aac", 4, "", "no prompt none.aac"}, {"sound alarm", 1, "", "no sound is"},
-        {"alert /none.wav", 4, "", "/none.wav: No such file"},
         {"echo >'/tmp/a b.aac' -> sound alarm '/tmp/a b.aac'", 0, "", "", "*"},
-        {"sound alert", 0, "/tmp/a b.aac\n"},
+        {"sound alert", 0, "/tmp/a b.aac\n"}, {"alert /none.wav", 4, "", "/none.wav: No such file"},
         {"sound alert /none.aac", 4, "", "AudioCheck rejects /none.aac", "*"},
         {"sound alert /" + bytes(100), 2, "", "a path outside /audio can have at most 100"},
         {"sound volume 2", 0, "", "", "store set alert_vol=2; store saved"},
@@ -673,8 +660,7 @@ TEST_F(CfgctlTest, UploadDaemonIsDrivenFromStartToStop)
     check({
         {"upload wake", 1, "", "woken in upload mode 0"}, {"upload stop", 1, "", "does not run"},
         {"upload config mode=4", 2, "", "mode= takes 0, 1, 2 or 3, not 4"},
-        {"upload config mode=1 user=ann", 0, "", "", "*"},
-        {"upload status", 0, "mode     1\nrunning  yes\n", "", "*"}, // the daemon logs when it can
+        {"cfgctl upload config mode=1 user=a -> upload status", 0, "~1\nrunning  yes\n", "", "*"},
         {"upload stop", 0, "", "", "*"},
         {"upload recover a.mp4", 2, "", outside, "*"}, {"upload recover /tmp/a", 2, "", outside},
         {"upload recover /mnt/sdcard/video/a.b/", 2, "", outside},
