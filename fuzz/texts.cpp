@@ -100,5 +100,6 @@ void try_input(const std::string &input)
     const std::string was = bssid;
     bssid.resize(64);
     const bool usable = validate_bssid(bssid.data()) == 1;
-    require(usable ? std::strlen(bssid.c_str()) == 17 : was == bssid.c_str());
+    require(usable ? std::strlen(bssid.c_str()) == 17
+                   : std::strcmp(was.c_str(), bssid.c_str()) == 0);
 }

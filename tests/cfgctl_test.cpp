@@ -25,9 +25,9 @@ namespace
 struct Row {
     std::string line; // behind "cfgctl ", as a shell reads it; what prepares it and " -> " before
     int status = 0;
-    std::string out = ""; // standard output, JSON on one line; after "~" a part of it
-    std::string err = ""; // part of what cfgctl says on standard error; "": nothing
-    std::string log = ""; // what the camera did, with "; " between; "*": anything
+    std::string out = {}; // standard output, JSON on one line; after "~" a part of it
+    std::string err = {}; // part of what cfgctl says on standard error; "": nothing
+    std::string log = {}; // what the camera did, with "; " between; "*": anything
 };
 
 Outcome shell(const std::string &line)
@@ -505,7 +505,7 @@ TEST_F(CfgctlTest, TheSupplicantIsTheJudgeOfItsFile)
     const std::string control = "psk has a control character";
     const std::string hash = "has a # after a double quote";
     const struct {
-        std::string ssid, key, reason = ""; // none: taken
+        std::string ssid, key, reason = {}; // none: taken
     } ROWS[] = {
         {bytes(32), "passphrase"}, {bytes(33), "passphrase", "ssid takes at most 32 bytes"},
         {"home", bytes(64, 'a')}, {"home", bytes(64, 'g'), "64 characters but is not hexadecimal"},

@@ -254,7 +254,7 @@ TEST_F(EventQueueTest, LocksAddressesAndAFullCard)
     auto *elsewhere = reinterpret_cast<EventQueue *>(0x1000); // NOLINT(performance-no-int-to-ptr)
     failed_address = reinterpret_cast<void *>(-1); // NOLINT(performance-no-int-to-ptr)
     std::signal(SIGXFSZ, SIG_IGN);
-    const std::string take = HELD[0], give = HELD[2], again = "! | error getting semaphore.";
+    const std::string &take = HELD[0], &give = HELD[2], again = "! | error getting semaphore.";
     const rlimit limits[] = {{4096, RLIM_INFINITY}, {RLIM_INFINITY, RLIM_INFINITY}};
     setrlimit(RLIMIT_FSIZE, &limits[0]);
     check({

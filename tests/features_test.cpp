@@ -98,7 +98,7 @@ TEST_F(FeaturesTest, GettersKeepToDefaultsAndLimits)
 
 TEST_F(FeaturesTest, CloudFolderIsReadWithItsStatusFile)
 {
-    const std::string file = "/tmp/.gdustatus", on = CLOUD[0];
+    const std::string file = "/tmp/.gdustatus", &on = CLOUD[0];
     const auto row = [](const std::string &name, const std::string &text, const std::string &read) {
         return Row{{{name, text}}, CALL(cloud()), "0 " + read};
     };

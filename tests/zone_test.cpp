@@ -66,7 +66,7 @@ static std::string looked_up(Text name)
 // All that a zone of this name does until the relay is told, and that.
 static Calls files(Text zone)
 {
-    const Calls removed = {"system rm -rf /etc/localtime"};
+    Calls removed = {"system rm -rf /etc/localtime"};
     if (zone.size() > 217 || zone.find_first_of(" ;\n\"*?[~#") < 217 || zone.find("../") < 217)
         return removed;
     return removed + Calls{"system cp /usr/share/zoneinfo/" + zone + " /tmp/localtime"};
