@@ -1,8 +1,8 @@
 /*
  * cfg_set: configuration and device control of the camera.
  *
- * Turns stored settings into device state and answers what the device is.
- * Plain functions for C and C++; no thread, no main loop, no start-up call.
+ * Turns stored settings into device state and answers questions about the
+ * device. Plain functions for C and C++; no thread and no start-up call.
  *
  * Conventions. The text of a function below says where it differs.
  *
@@ -96,12 +96,9 @@ extern "C" {
  * ====================================================================== */
 
 /*
- * The version of the library that runs, as text ("1.2.3"); the header's is what
- * the program was compiled with.
+ * Returns the version of the loaded library as a constant text ("1.2.3").
  *
- * number  receives it as CFG_SET_VERSION_NUMBER has it, or NULL
- *
- * Returns the text, which is constant.
+ * number  receives it in the form of CFG_SET_VERSION_NUMBER; may be NULL
  */
 CFG_API const char *cfg_version(uint32_t *number);
 
@@ -366,10 +363,9 @@ CFG_API int cfg_setAlertEmailEnable(uint32_t value);
 CFG_API int cfg_setAlertEmailAccount(const char *account);
 
 /*
- * Check that the setting each depends on is stored: the first asks whether
- * "alert_chat_enable" can be read, the second, for any value but 0, whether
- * "alert_type" can. Neither looks further at its value or changes anything.
- * Return 0; -1 after "param_get fail".
+ * Check that the setting they depend on can be read: "alert_chat_enable" and,
+ * for any value except 0, "alert_type". They change nothing. Return 0; -1 after
+ * "param_get fail".
  */
 CFG_API int cfg_setAlertType(uint32_t value);
 CFG_API int cfg_setAlertChatEnable(uint32_t value);
@@ -738,8 +734,8 @@ CFG_API int cfg_dequeueAllEvent(void);
 
 /*
  * Reads an event and leaves it where it is. To handle events, read number 0,
- * then drop 1. Those are two calls: consumers in several processes need a lock
- * of their own around them, or two of them handle the same event.
+ * then drop 1. Consumers in several processes need their own lock around these
+ * two calls, or two of them handle the same event.
  *
  * index  0 for the oldest event, 1 for the next, ...
  * event  receives it; unchanged on failure
@@ -754,13 +750,13 @@ CFG_API int cfg_getEvent(uint32_t index, struct EventQueueEntry *event);
  * ====================================================================== */
 
 /*
- * Stores the device status, a number from 0 to 255 that the processes agree
- * on, as the one byte of /tmp/dev_status. A restart forgets it.
+ * Stores the device status, a number from 0 to 255, as the one byte of
+ * /tmp/dev_status. A restart clears it.
  *
  * Prints "result:N" (of taking the file's lock), "status: STATUS, writeSize: N,
- * sizeof(status):1" and "result:N" (of giving it back). The lock is a shared
- * one: a reader may see 0 while the byte is being written. Blocks while
- * another program holds an exclusive lock on the file.
+ * sizeof(status):1" and "result:N" (of giving it back). The lock is shared: a
+ * reader may see 0 during the write. Blocks while another program holds an
+ * exclusive lock on the file.
  *
  * Returns 0, even when the byte could not be written (writeSize is then 0); -1
  * after "Fail to open /tmp/dev_status file".
@@ -812,9 +808,9 @@ CFG_API int smbu_status(void);
 CFG_API int smbu_exist(void);
 
 /*
- * Wakes the daemon with signal 1; in mode 0 or 3 does nothing. One that does
- * not run is started first with "smbu", which blocks until the daemon has put
- * itself in the background, and given a second.
+ * Wakes the daemon with signal 1; in mode 0 or 3 does nothing. If it does not
+ * run, "smbu" starts it first, which blocks until the daemon is in the
+ * background, and one second more.
  */
 CFG_API int smbu_wake_up(void);
 
@@ -825,8 +821,8 @@ CFG_API int smbu_wake_up(void);
 CFG_API int smbu_event_notify(void);
 
 /*
- * Sends a running daemon signal 6 and waits one second. It need not have ended
- * by then.
+ * Sends a running daemon signal 6 and waits one second, after which it may
+ * still run.
  */
 CFG_API int smbu_force_stop(void);
 
@@ -870,8 +866,8 @@ CFG_API int smbu_get_config(char *user, int user_len, char *target, int target_l
                             int mode_len, char *size, int size_len, int *mounted);
 
 /*
- * Leaves the daemon a job: to recover the recording `path` (with a "/"). The
- * job is an empty file (0644), /mnt/sdcard/video/.smbu/NAME.rcy, with the
+ * Leaves the daemon a job to recover the recording `path` (with a "/"). The job
+ * is an empty file (0644), /mnt/sdcard/video/.smbu/NAME.rcy, with the
  * recording's name up to its last "."; for a name without one it is
  * /mnt/sdcard/video/.rcy. The folder is not made here. The job's path, with the
  * whole name, is cut at 127 characters before its last "." is looked for.
